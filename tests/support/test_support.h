@@ -1,0 +1,70 @@
+// Helpers for tests that run under tests/launch.sh (private namespaces, simulated root).
+#ifndef SYSCOMMON_TESTS_SUPPORT_H
+#define SYSCOMMON_TESTS_SUPPORT_H
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace syscommon::testing {
+
+// True when the launcher gave this process private IPC/PID/net/mount namespaces.
+bool isolated();
+
+// The simulated device root (SYSCOMMON_ROOT) and paths under it.
+std::string sim_root();
+std::string sim_path(const std::string &absolute);
+
+// Commands the library handed to the shell since the last clear_trace().
+std::vector<std::string> trace_lines();
+void clear_trace();
+
+std::string read_file(const std::string &path);
+void write_file(const std::string &path, const std::string &content);
+// Installs an executable shell script as $SYSCOMMON_ROOT/bin/NAME (first on PATH).
+void write_stub(const std::string &name, const std::string &script);
+
+// A segment attached directly with shmget/shmat, bypassing the library, so that tests
+// check the bytes at the documented offsets.
+class RawSegment {
+ public:
+  explicit RawSegment(int shm_key);
+  ~RawSegment();
+  RawSegment(const RawSegment &) = delete;
+  RawSegment &operator=(const RawSegment &) = delete;
+
+  uint8_t *bytes() const { return base_; }
+  uint32_t u32(std::size_t off) const {
+    uint32_t v;
+    std::memcpy(&v, base_ + off, 4);
+    return v;
+  }
+  uint16_t u16(std::size_t off) const {
+    uint16_t v;
+    std::memcpy(&v, base_ + off, 2);
+    return v;
+  }
+  void put_u32(std::size_t off, uint32_t v) { std::memcpy(base_ + off, &v, 4); }
+  void put_u16(std::size_t off, uint16_t v) { std::memcpy(base_ + off, &v, 2); }
+  std::string text(std::size_t off) const { return reinterpret_cast<const char *>(base_ + off); }
+  // True when every byte of [off, off + n) is zero.
+  bool zero(std::size_t off, std::size_t n) const;
+
+ private:
+  uint8_t *base_ = nullptr;
+};
+
+}  // namespace syscommon::testing
+
+// Skips the current test unless it runs inside the launcher's private namespaces: such a
+// test creates IPC objects, processes or network settings that must never reach the host.
+#define SYSCOMMON_REQUIRE_ISOLATION()                                                         \
+  do {                                                                                        \
+    if (!::syscommon::testing::isolated())                                                    \
+      GTEST_SKIP() << "needs private namespaces: run through tests/launch.sh as root";        \
+  } while (0)
+
+#endif
