@@ -8,3 +8,4 @@ for d in bin dev etc tmp proc/tarn proc/tarnarm11 mnt/ramdisk/socket mnt/log1 mn
          usr/quagga/bin lumenP/cli sbin var/run; do
   mkdir -p "$root/$d"
 done
+: >"$root/proc/tarn/ifsInfo"
