@@ -32,7 +32,7 @@ demo: build
 	tools/demo.sh $(BUILD)
 
 bench: build
-	@for b in $(BUILD)/bench/*_bench; do echo "== $$b"; "$$b" --benchmark_min_time=0.5; done
+	@for b in $(BUILD)/bench/*_bench; do echo "== $$b"; tests/launch.sh "$$b"; done
 
 sanitize: deps
 	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DSYSCOMMON_SANITIZE=ON -DSYSCOMMON_BENCH=OFF
