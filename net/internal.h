@@ -1,0 +1,50 @@
+// Helpers shared by the messaging files: request sequence numbers, the request flag, the
+// bounded receive loop and the chunked sender.
+#ifndef SYSCOMMON_NET_INTERNAL_H
+#define SYSCOMMON_NET_INTERNAL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "syscommon/net.h"
+
+namespace syscommon::net {
+
+// "/mnt/ramdisk/" + name, rooted.
+std::string ramdisk_path(const char *name);
+
+// The next request sequence: 1..255, then 1 again; stored back in net_seq_counter.
+uint8_t next_request_seq();
+
+// A cleared message on the heap, or null when it cannot be allocated.
+std::unique_ptr<InterfaceMessage> new_message();
+
+// Waits (5 ms steps) until no request of this process is under way, then marks one.
+void take_request_flag();
+void release_request_flag();
+
+// The receive loop of net_RecvFromInterface1. Data is never copied past `capacity` bytes of
+// `buffer` (the public call passes no limit; the library's own scratch buffers do).
+int receive_transfer(InterfaceSocket *endpoint, void *buffer, std::size_t capacity, net_timeout_fn on_timeout);
+
+// How a transfer is cut into datagrams.
+struct Chunking {
+  int per_datagram;      // records per datagram; below 1 counts as 1
+  bool early_ends;       // also stop when (chunk + 1) x per == count, and after one chunk when per is 1
+  bool pause_for_main;   // wait 1 s before the last chunk to "socket/lumen168-socket"
+};
+
+// Sends `count` records through `message` (header already filled by the caller): sets
+// count and more, copies each chunk's records (at most the 4096-byte data area, the rest
+// zero). Returns the last send's result, 0 when nothing was sent.
+int send_chunks(InterfaceSocket *endpoint, InterfaceMessage &message, const void *records, uint32_t record_size,
+                int count, const Chunking &chunking);
+
+// Records per datagram of a data transfer: 1 for a single record or size 0, else 4096 / size.
+int records_per_datagram(int count, uint32_t record_size);
+
+}  // namespace syscommon::net
+
+#endif
