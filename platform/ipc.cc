@@ -114,7 +114,7 @@ void *attach(int key, int size) {
     int id = segment_id(key, size);
     if (id < 0) break;
     void *p = shmat(id, nullptr, 0);
-    if (p != reinterpret_cast<void *>(-1)) return p;
+    if (p != reinterpret_cast<void *>(-1)) return p;  // NOLINT(performance-no-int-to-ptr): shmat failure value
     if (errno != EINVAL && errno != EIDRM) break;
     shm_ids.drop(key);
   }
