@@ -201,6 +201,12 @@ const Setting kSettings[] = {
      [](long v) { shm_igmpsnoopingSetEnable(uint32_t(v)); }},
 };
 
+std::string setting_names() {
+  std::string text = "set one value; NAME is one of:";
+  for (const auto &s : kSettings) text += std::string("\n      ") + s.name + "  (" + s.help + ")";
+  return text;
+}
+
 int cmd_set(const Args &args) {
   expect_args(args, 2, 2);
   for (const auto &s : kSettings) {
@@ -246,7 +252,7 @@ const Registration reg{{"shm",
                         {
                             {"init", "", "create and zero every shared segment", cmd_init},
                             {"show", "", "print the decoded store", cmd_show},
-                            {"set", "NAME VALUE", "set one value (see 'syscommon shm set --help')", cmd_set},
+                            {"set", "NAME VALUE", setting_names(), cmd_set},
                             {"ring", "RING PORT1 PORT2", "enable Rapid Loop v2 ring 1 or 2 on two ports", cmd_ring},
                             {"mcast-add", "VID MAC", "add or overwrite a multicast entry (VID 0 = any)",
                              [](const Args &a) {

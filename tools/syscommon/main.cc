@@ -28,7 +28,8 @@ void print_group_help(const Group &g) {
   std::cout << "usage: syscommon " << g.name << " COMMAND [ARGS...]\n\n" << g.summary << "\n\ncommands:\n";
   for (const auto &c : g.commands) {
     std::string head = c.name + (c.usage.empty() ? "" : " " + c.usage);
-    std::printf("  %-34s %s\n", head.c_str(), c.summary.c_str());
+    std::string first_line = c.summary.substr(0, c.summary.find('\n'));
+    std::printf("  %-34s %s\n", head.c_str(), first_line.c_str());
   }
 }
 
