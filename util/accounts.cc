@@ -12,10 +12,8 @@ namespace {
 // Zero-terminated copy of at most size - 1 characters into a fixed field.
 template <std::size_t N>
 void put_text(char (&field)[N], const char *text) {
-  std::string_view src = text != nullptr ? std::string_view(text) : std::string_view();
-  src = src.substr(0, N - 1);
   std::memset(field, 0, N);
-  std::memcpy(field, src.data(), src.size());
+  if (text != nullptr) std::memcpy(field, text, strnlen(text, N - 1));
 }
 
 bool is_empty(const UserAccount &rec) { return rec.name[0] == '\0'; }

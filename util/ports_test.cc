@@ -105,10 +105,11 @@ class PortStore : public ::testing::Test {
 TEST_F(PortStore, HardwareQueriesReadTheBlockAt380) {
   // Written raw at the documented place: port p's entry at 380 + 32 * p of segment 7893.
   RawSegment raw(7893);
-  raw.bytes()[380 + 32 * 2] = 0x05;      // port 2: gigabit fibre
-  raw.bytes()[380 + 32 * 4 + 1] = 1;     // port 4: present, 10/100 copper
-  raw.bytes()[380 + 32 * 9] = 0x02;      // port 9: speed bits 2
-  std::memcpy(raw.bytes() + 380 + 32 * 4 + 2, "uplink", 7);
+  auto entry = [&raw](std::size_t port) { return raw.bytes() + 380 + 32 * port; };
+  entry(2)[0] = 0x05;  // port 2: gigabit fibre
+  entry(4)[1] = 1;     // port 4: present, 10/100 copper
+  entry(9)[0] = 0x02;  // port 9: speed bits 2
+  std::memcpy(entry(4) + 2, "uplink", 7);
 
   EXPECT_EQ(Ssys_checkPortExist(2), 1);
   EXPECT_EQ(Ssys_checkPortExist(4), 1);

@@ -220,6 +220,7 @@ TEST(LockStrtok, TokenisesAndSerialisesThreads) {
   // Whole tokenisations taken in turn by several threads (each one a single call) stay
   // correct under the mutex.
   std::vector<std::thread> threads;
+  threads.reserve(4);
   std::atomic<int> bad{0};
   for (int t = 0; t < 4; ++t) {
     threads.emplace_back([&bad] {
