@@ -41,11 +41,6 @@ TEST(PortLabels, FixedModuleAnswers) {
   EXPECT_EQ(Ssys_port2MdlPort(10, &module, &port), 0);
   EXPECT_EQ(Ssys_port2MdlPort(-1, &module, &port), 0);
   EXPECT_EQ(module, -7);  // untouched
-  EXPECT_EQ(Ssys_getModuleMaxPort(0), 10);
-  EXPECT_EQ(Ssc_checkModuleActive(0), 1);
-  EXPECT_EQ(Ssys_portIs10G(8), 0);
-  EXPECT_EQ(is_cpu_port(14), 1);
-  EXPECT_EQ(is_cpu_port(13), 0);
 }
 
 TEST(PortLabels, VidInSortedList) {
