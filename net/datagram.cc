@@ -12,7 +12,7 @@
 namespace syscommon::net {
 
 int receive_transfer(InterfaceSocket *ep, void *buffer, std::size_t capacity, net_timeout_fn on_timeout) {
-  InterfaceMessage m{};
+  InterfaceMessage m;  // cleared below, before every receive
   // One budget for the whole transfer: the wait reduces it round after round. A budget used
   // up to exactly zero makes the next wait unlimited, as it always has.
   timeval budget{ep->timeout_sec, ep->timeout_usec};
@@ -29,11 +29,13 @@ int receive_transfer(InterfaceSocket *ep, void *buffer, std::size_t capacity, ne
       if (on_timeout == nullptr) return -1;
       return on_timeout() == 1 ? -3 : -4;
     }
-    std::memset(&m, 0, sizeof m);
-    if (local_recvfrom(ep->fd, &m, sizeof m, &ep->address, &ep->addr_len) < 0) {
+    const ssize_t got = local_recvfrom(ep->fd, &m, sizeof m, &ep->address, &ep->addr_len);
+    if (got < 0) {
       std::puts("ERROR: cannot receive data.");
       return total;
     }
+    // A short datagram reads as if the buffer had been cleared before the receive.
+    std::memset(reinterpret_cast<uint8_t *>(&m) + got, 0, sizeof m - static_cast<std::size_t>(got));
     if (net_seq_avoid == 0 && ep->seq_check_off == 0 && m.seq != ep->seq) {
       std::printf("seq error domain_recv->address.sun_path = %s\n", std::string(local_path(ep->address)).c_str());
       continue;
