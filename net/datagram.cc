@@ -59,20 +59,25 @@ int receive_transfer(InterfaceSocket *ep, void *buffer, std::size_t capacity, ne
   }
 }
 
+std::string redirected_destination(std::string_view destination, uint8_t type) {
+  if (type != NET_TYPE_DATA && type != NET_TYPE_DATA_CONFIRM) return {};
+  if (!destination.starts_with(rooted("/mnt/ramdisk/socket/lumen168-socket"))) return {};
+  return rooted("/mnt/ramdisk/socket/lumen168-wexe-socket");
+}
+
 }  // namespace syscommon::net
 
 using namespace syscommon;
 using namespace syscommon::net;
 
 int net_SendToInterface(InterfaceSocket *endpoint, InterfaceMessage *message) {
-  const std::string main_socket = rooted("/mnt/ramdisk/socket/lumen168-socket");
   const std::string_view path = local_path(endpoint->address);
+  const std::string companion = redirected_destination(path, message->type);
   sockaddr_un redirected{};
   const sockaddr_un *to = &endpoint->address;
   socklen_t length = 0;
-  // Data for the main daemon (types 1 and 7) is handled by its "wexe" companion.
-  if (path.starts_with(main_socket) && (message->type == NET_TYPE_DATA || message->type == NET_TYPE_DATA_CONFIRM)) {
-    set_local_address(redirected, rooted("/mnt/ramdisk/socket/lumen168-wexe-socket"));
+  if (!companion.empty()) {
+    set_local_address(redirected, companion);
     length = static_cast<socklen_t>(local_path(redirected).size() + 2);
     to = &redirected;
   } else {

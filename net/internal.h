@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "syscommon/net.h"
 
@@ -14,6 +15,10 @@ namespace syscommon::net {
 
 // "/mnt/ramdisk/" + name, rooted.
 std::string ramdisk_path(const char *name);
+
+// Where a datagram of `type` (before the offset) to `destination` is delivered: data for the
+// main daemon (types 1 and 7) goes to its "wexe" companion. Empty when not redirected.
+std::string redirected_destination(std::string_view destination, uint8_t type);
 
 // The next request sequence: 1..255, then 1 again; stored back in net_seq_counter.
 uint8_t next_request_seq();
