@@ -51,7 +51,7 @@ TEST_F(SlogPutTest, IgnoredArgumentsDoNotReachTheCommandAndTheAgentRuns) {
   // The agent runs in the background: wait for its argument line (an agent started by an
   // earlier test may add its own line too).
   std::string args;
-  for (int i = 0; i < 100 && args.find("15 67 4\n") == std::string::npos; ++i) {
+  for (int i = 0; i < 500 && args.find("15 67 4\n") == std::string::npos; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     args = read_file(sim_path("/tmp/sendsyslog.args"));
   }

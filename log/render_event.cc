@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "log/lookup.h"
@@ -62,6 +62,9 @@ struct Remapped {
 
 bool starts_printable(std::string_view s) { return !s.empty() && std::isgraph(static_cast<unsigned char>(s[0])) != 0; }
 
+// A text read as a decimal number the way atoi reads it (0 when it starts with no digits).
+int decimal(const std::string &text) { return static_cast<int>(std::strtol(text.c_str(), nullptr, 10)); }
+
 Remapped remap(uint32_t event, uint32_t reason, std::string_view arg) {
   Remapped r{reason, 0, arg};
   switch (event) {
@@ -91,8 +94,7 @@ Remapped remap(uint32_t event, uint32_t reason, std::string_view arg) {
         std::size_t start = arg.find_first_not_of(' ');
         if (start == std::string_view::npos) start = arg.size();
         std::size_t end = arg.find(' ', start);
-        std::string word(arg.substr(start, end == std::string_view::npos ? std::string_view::npos : end - start));
-        r.number = std::atoi(word.c_str());
+        r.number = decimal(std::string(arg.substr(start, end - start)));
         r.arg = end == std::string_view::npos ? std::string_view{} : arg.substr(end + 1);
       }
       break;
@@ -148,7 +150,7 @@ void build_detail(uint32_t event, const Remapped &r, const SlogDescEntry &reason
   } else if (reason.id == kReasonPort && event == kEventTrafficOverload) {
     // The device's format is "%s:%d%, %s"; its stray "%," prints as the two characters
     // "%," (e.g. "Loading:85%, Port"), which this format writes explicitly.
-    put(detail, "%s:%d%%, %s", "Loading", std::atoi(arg.c_str()), reason.text);
+    put(detail, "%s:%d%%, %s", "Loading", decimal(arg), reason.text);
   } else {
     put(detail, "%s", arg.empty() ? reason.text : arg.c_str());
   }
@@ -156,9 +158,9 @@ void build_detail(uint32_t event, const Remapped &r, const SlogDescEntry &reason
 
 // Name of port `number` in the device's port-name list ("" outside the list).
 std::string port_name(int number) {
+  if (number < 0 || number >= SHM_PORT_NAME_COUNT) return {};
   ShmEepromInfo info{};
   shm_sysGetEepromInfo(&info);
-  if (number < 0 || number >= SHM_PORT_NAME_COUNT) return {};
   const char *name = info.port_name[number];
   return {name, strnlen(name, SHM_PORT_NAME_LEN)};
 }
@@ -206,8 +208,7 @@ SYSCOMMON_API int Slog_printArg(char *out, size_t size, int event_id, int reason
   SlogSystemRecord rec{};
   rec.event_id = static_cast<uint32_t>(event_id);
   rec.reason_id = static_cast<uint8_t>(reason_id & 0xFF);
-  Eventlog_to_Str(rec, out, 1, size);
-  // With no room nothing was written unless the unbounded reason-0 copy ran.
-  if (size == 0 && rec.reason_id != 0) return 0;
+  // With no room nothing was written, unless the unbounded reason-0 copy ran.
+  if (Eventlog_to_Str(rec, out, 1, size) == 0 || (size == 0 && rec.reason_id != 0)) return 0;
   return static_cast<int>(std::strlen(out));
 }

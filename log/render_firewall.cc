@@ -6,7 +6,6 @@
 #include <cstring>
 #include <span>
 #include <string>
-#include <string_view>
 
 #include "log/lookup.h"
 #include "syscommon/log.h"
@@ -64,16 +63,14 @@ std::string dotted(uint32_t addr) {
   return buf;
 }
 
-// Interface name of a VLAN id. The order is the device's own and is kept: a bridge match
-// is only a name when zone-bridge record 0 has the same id; otherwise the user lookup has
-// the last word.
+// Interface name of a VLAN id, in the device's own (kept) order: "BRG" survives only when
+// bridge record 0 and zone-bridge record 0 both have the id; otherwise the user-interface
+// lookup has the last word.
 std::string interface_name(uint32_t vid) {
   char name[64] = {};  // the lookups write at most 32 bytes, so the name stays terminated
   const int id = static_cast<int>(vid);
-  if (get_shm_brg_interface_name_by_vid(id, name) == 0)
-    get_shm_usr_interface_name_by_vid(id, name);
-  else if (get_shm_zone_brg_interface_name_by_vid(id, name) == 0)
-    get_shm_usr_interface_name_by_vid(id, name);
+  const bool bridge = get_shm_brg_interface_name_by_vid(id, name) != 0;
+  if (!bridge || get_shm_zone_brg_interface_name_by_vid(id, name) == 0) get_shm_usr_interface_name_by_vid(id, name);
   return name;
 }
 

@@ -184,9 +184,13 @@ SYSCOMMON_API bool alarm_port_config_is_enable_module_valid(uint32_t mask);
  * bytes (terminator included) except for reason 0: then the event text alone is copied
  * WITHOUT a bound, so `out` must hold at least 38 bytes whatever `size` says. */
 SYSCOMMON_API int Eventlog_to_Str(SlogSystemRecord record, char *out, int show_msg_id, size_t size);
-/* Appends the text of a firewall entry (its firewall body) to the text already in `out`.
- * `out` must hold 256 bytes more than its current text; the appended text is cut to 255
- * characters. Interface names come from the shared interface store. */
+/* Appends the text of a firewall entry (its firewall body) to the text already in `out`:
+ * "[prefix] TARGET SRC_MAC=..., DST_MAC=..., PROTO=..., SRC_IP=..., [SRC_PORT=..., ]IN=...,
+ * DST_IP=..., [DST_PORT=..., ]OUT=..." (ARP-Flood stops after "PROTO=0x%X"), then
+ * " This event has happened more than once." when repeat is non-zero. Interface names are
+ * looked up by VLAN id in the shared store. A target or a protocol (256 and above) beyond
+ * its table prints as an empty text. `out` must hold 256 bytes more than its current
+ * text; the appended text is cut to 255 characters. */
 SYSCOMMON_API void firewallLog_to_str(const SlogLogEntry *entry, char *out);
 /* Transceiver warning for `code` = "%02d%02d" (kind 2..5, port index; indices above 7 are
  * reduced by 8, the port shown is index + 1), cut to `size` bytes. Returns the formatted
