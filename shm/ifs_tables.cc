@@ -1,6 +1,7 @@
 #include "shm/ifs_tables.h"
 
 #include <cstdio>
+#include <string>
 
 #include "platform/host.h"
 

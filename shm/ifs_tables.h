@@ -6,7 +6,6 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <string>
 #include <string_view>
 
 #include "platform/segment.h"
