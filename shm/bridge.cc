@@ -41,6 +41,16 @@ ZoneTable zone_copy() {
   return zone_table(cs);
 }
 
+struct BridgeTables {
+  BridgeTable bridges;
+  ZoneTable zones;
+};
+
+BridgeTables bridge_and_zone_copy() {
+  CriticalSection cs(kSystem);
+  return {bridge_table(cs), zone_table(cs)};
+}
+
 // "BRG" when record 0 of a table has this id (only record 0 is compared).
 int bridge_name_if_first(std::size_t first_record_id_off, int vid, char *out) {
   clear_name(out);
@@ -100,13 +110,7 @@ SYSCOMMON_API uint32_t shm_brg_link_state(int b) {
 }
 
 SYSCOMMON_API uint32_t get_shm_brg_IP_by_gid(int id) {
-  BridgeTable bridges;
-  ZoneTable zones;
-  {
-    CriticalSection cs(kSystem);
-    bridges = bridge_table(cs);
-    zones = zone_table(cs);
-  }
+  auto [bridges, zones] = bridge_and_zone_copy();
   auto enabled_with_id = [id](const auto &r) { return r.enable != 0 && same_vid(r.id, id); };
   if (int b = find_first(bridges, enabled_with_id); b >= 0) return bridges[b].ip;
   if (int z = find_first(zones, enabled_with_id); z >= 0) return zones[z].ip;
@@ -160,13 +164,7 @@ SYSCOMMON_API int shm_check_vid_in_zone_brg(int vid) {
 }
 
 SYSCOMMON_API int shm_get_brg_mode(void) {
-  BridgeTable bridges;
-  ZoneTable zones;
-  {
-    CriticalSection cs(kSystem);
-    bridges = bridge_table(cs);
-    zones = zone_table(cs);
-  }
+  auto [bridges, zones] = bridge_and_zone_copy();
   auto enabled = [](const auto &r) { return r.enable == 1; };
   if (find_first(zones, enabled) >= 0) return 2;
   if (find_first(bridges, enabled) >= 0) return 1;
