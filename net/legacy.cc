@@ -30,7 +30,7 @@ void fill_address(const char *path, sockaddr_un *address_out, socklen_t *len_out
 
 // Clears records [from, to) of a caller's array.
 void clear_records(void *buffer, int from, int to, int record_size) {
-  if (to <= from || record_size <= 0) return;
+  if (buffer == nullptr || to <= from || record_size <= 0) return;
   std::memset(static_cast<uint8_t *>(buffer) + static_cast<std::size_t>(from) * record_size, 0,
               static_cast<std::size_t>(to - from) * record_size);
 }

@@ -218,7 +218,8 @@ TEST_F(NetRequestTest, DataRequestIsChunkedByTheCallersCountAndEndsEarly) {
       EXPECT_EQ(reqs[i].record_size(), 999u);
       EXPECT_EQ(reqs[i].count(), c.sent[i].first);
       EXPECT_EQ(reqs[i].more(), c.sent[i].second);
-      EXPECT_EQ(std::memcmp(reqs[i].data(), data.data() + offset, c.sent[i].first * 8u), 0);
+      if (c.sent[i].first > 0)
+        EXPECT_EQ(std::memcmp(reqs[i].data(), data.data() + offset, c.sent[i].first * 8u), 0);
       offset += c.sent[i].first * 8u;
     }
     EXPECT_EQ(net_seq_avoid, 1);

@@ -51,7 +51,7 @@ inline std::vector<uint8_t> datagram(uint8_t seq, uint8_t type, uint8_t command,
   b[3] = count;
   b[4] = more;
   std::memcpy(b.data() + 8, &record_size, 4);
-  std::memcpy(b.data() + 12, data.data(), data.size() < 4096 ? data.size() : 4096);
+  if (!data.empty()) std::memcpy(b.data() + 12, data.data(), data.size() < 4096 ? data.size() : 4096);
   return b;
 }
 
