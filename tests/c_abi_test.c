@@ -3,8 +3,12 @@
 #include <string.h>
 #include <stdlib.h>
 
+#include "syscommon/hw.h"
+#include "syscommon/log.h"
+#include "syscommon/net.h"
 #include "syscommon/platform.h"
 #include "syscommon/shm.h"
+#include "syscommon/util.h"
 
 static int failures = 0;
 
@@ -21,6 +25,12 @@ int main(void) {
   int module = -1, port = -1;
   CHECK(Ssys_UI_port2MdlPort(3, &module, &port) == 1 && module == 0 && port == 3);
   CHECK(Ssys_current_secs() != 0);
+  CHECK(sizeof(InterfaceMessage) == 4108);
+  CHECK(sizeof(ShmEepromInfo) == 700);
+  CHECK(Slog_getEventDescTableSize() == 35);
+  CHECK(timezone_str[21] != NULL);
+  CHECK(month_str_to_int("Feb") == 2);
+  CHECK(isValidIpAddress("192.168.1.1") != isValidIpAddress("192.168.1"));
   if (iso == NULL || strcmp(iso, "1") != 0) {
     printf("1 passed, 0 failed, 1 skipped\n");
     return failures != 0;
