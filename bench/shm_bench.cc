@@ -6,6 +6,7 @@
 #include <sys/shm.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <string>
@@ -93,6 +94,12 @@ class RatioReporter : public benchmark::ConsoleReporter {
 }  // namespace
 
 int main(int argc, char **argv) {
+  // The benchmark creates and zeroes the store's segments: only in a private IPC namespace.
+  const char *isolated = std::getenv("SYSCOMMON_ISOLATED");
+  if (isolated == nullptr || std::string(isolated) != "1") {
+    std::fprintf(stderr, "shm_bench: run it through tests/launch.sh (make bench): it rewrites the shared store\n");
+    return 1;
+  }
   benchmark::Initialize(&argc, argv);
   RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
