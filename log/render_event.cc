@@ -1,6 +1,5 @@
 // Eventlog_to_Str and Slog_printArg: system event records to the device's message texts.
 #include <cctype>
-#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +9,7 @@
 #include <string_view>
 
 #include "log/lookup.h"
+#include "util/format.h"
 #include "syscommon/hw.h"
 #include "syscommon/log.h"
 #include "syscommon/shm.h"
@@ -17,6 +17,7 @@
 
 namespace {
 
+using syscommon::format_into;
 using syscommon::log::find_event;
 using syscommon::log::find_reason;
 
@@ -104,13 +105,6 @@ Remapped remap(uint32_t event, uint32_t reason, std::string_view arg) {
   return r;
 }
 
-[[gnu::format(printf, 2, 3)]] void put(std::span<char> dst, const char *fmt, ...) {
-  va_list ap;
-  va_start(ap, fmt);
-  std::vsnprintf(dst.data(), dst.size(), fmt, ap);
-  va_end(ap);
-}
-
 // The detail text of step 5 (at most 127 characters).
 void build_detail(uint32_t event, const Remapped &r, const SlogDescEntry &reason, std::string_view whole_arg,
                   std::span<char> detail) {
@@ -119,28 +113,28 @@ void build_detail(uint32_t event, const Remapped &r, const SlogDescEntry &reason
     case kReasonAdmin:
     case kReasonUser:
       if (starts_printable(arg))
-        put(detail, "Account {%s}", arg.c_str());
+        format_into(detail, "Account {%s}", arg.c_str());
       else
-        put(detail, "Privilege {%s}", reason.text);
+        format_into(detail, "Privilege {%s}", reason.text);
       return;
     case kReasonMacTable:
-      put(detail, "%s", arg.c_str());
+      format_into(detail, "%s", arg.c_str());
       return;
     case kReasonIdleTimeout:
     case kReasonForceEnd:
-      put(detail, "%s {R%d}", reason.text, r.number);
+      format_into(detail, "%s {R%d}", reason.text, r.number);
       return;
     case kReasonSessionStart:
     case kReasonSessionEnd:
-      put(detail, "%s {R%d} %s", reason.text, r.number, arg.c_str());
+      format_into(detail, "%s {R%d} %s", reason.text, r.number, arg.c_str());
       return;
     case kReasonAllSessionsEnded:
-      put(detail, "%s %s", reason.text, std::string(whole_arg).c_str());
+      format_into(detail, "%s %s", reason.text, std::string(whole_arg).c_str());
       return;
     case kReasonLimitIngress:
     case kReasonResumeIngress:
       if (starts_printable(arg))
-        put(detail, reason.id == kReasonLimitIngress ? "Ingress Limit {%s}" : "Ingress Resume {%s}", arg.c_str());
+        format_into(detail, reason.id == kReasonLimitIngress ? "Ingress Limit {%s}" : "Ingress Resume {%s}", arg.c_str());
       return;
     default:
       break;
@@ -150,9 +144,9 @@ void build_detail(uint32_t event, const Remapped &r, const SlogDescEntry &reason
   } else if (reason.id == kReasonPort && event == kEventTrafficOverload) {
     // The device's format is "%s:%d%, %s"; its stray "%," prints as the two characters
     // "%," (e.g. "Loading:85%, Port"), which this format writes explicitly.
-    put(detail, "%s:%d%%, %s", "Loading", decimal(arg), reason.text);
+    format_into(detail, "%s:%d%%, %s", "Loading", decimal(arg), reason.text);
   } else {
-    put(detail, "%s", arg.empty() ? reason.text : arg.c_str());
+    format_into(detail, "%s", arg.empty() ? reason.text : arg.c_str());
   }
 }
 
@@ -194,12 +188,12 @@ SYSCOMMON_API int Eventlog_to_Str(SlogSystemRecord record, char *out, int show_m
   const int bootup = static_cast<int>(record.bootup);
   const std::span<char> dst(out, size);
   if (r.reason == kReasonPort)
-    put(dst, "%s[%s] %s %s, Bootup:%d, Startup:%s", prefix, event->text, detail, port_name(r.number).c_str(), bootup,
+    format_into(dst, "%s[%s] %s %s, Bootup:%d, Startup:%s", prefix, event->text, detail, port_name(r.number).c_str(), bootup,
         uptime);
   else if (r.number == 0 || record.event_id == kEventRuleTerminated || record.event_id == kEventSessionLog)
-    put(dst, "%s[%s] %s, Bootup:%d, Startup:%s", prefix, event->text, detail, bootup, uptime);
+    format_into(dst, "%s[%s] %s, Bootup:%d, Startup:%s", prefix, event->text, detail, bootup, uptime);
   else
-    put(dst, "%s[%s] %s %d, Bootup:%d, Startup:%s", prefix, event->text, detail, r.number, bootup, uptime);
+    format_into(dst, "%s[%s] %s %d, Bootup:%d, Startup:%s", prefix, event->text, detail, r.number, bootup, uptime);
   return 1;
 }
 

@@ -8,12 +8,14 @@
 #include <string>
 
 #include "log/lookup.h"
+#include "util/format.h"
 #include "syscommon/log.h"
 #include "syscommon/shm.h"
 
 namespace {
 
 using syscommon::log::find_by_id;
+using syscommon::vformat_text;
 
 constexpr std::size_t kPieceSize = 256;    // each piece is formatted into this scratch
 constexpr std::size_t kMaxAppended = 255;  // what the caller's buffer has room for
@@ -42,12 +44,11 @@ constexpr AttackName kAttackNames[] = {
 class Appender {
  public:
   [[gnu::format(printf, 2, 3)]] void add(const char *fmt, ...) {
-    char piece[kPieceSize];
-    va_list ap;
-    va_start(ap, fmt);
-    std::vsnprintf(piece, sizeof piece, fmt, ap);
-    va_end(ap);
-    text_.append(piece, std::min(std::strlen(piece), kMaxAppended - text_.size()));
+    va_list args;
+    va_start(args, fmt);
+    std::string piece = vformat_text(kPieceSize, fmt, args);
+    va_end(args);
+    text_.append(piece, 0, std::min(piece.size(), kMaxAppended - text_.size()));
   }
   const std::string &text() const { return text_; }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -12,25 +11,15 @@
 
 #include "platform/host.h"
 #include "platform/process.h"
+#include "util/format.h"
 #include "syscommon/util.h"
 
 namespace {
 
+using syscommon::format_text;
 using syscommon::open_pipe;
 using syscommon::rooted;
 using syscommon::run_command;
-
-// printf-style formatting, cut to `limit` - 1 characters like snprintf into a buffer of
-// that size.
-[[gnu::format(printf, 2, 3)]] std::string format(std::size_t limit, const char *fmt, ...) {
-  std::string out(limit, '\0');
-  va_list args;
-  va_start(args, fmt);
-  int n = std::vsnprintf(out.data(), limit, fmt, args);
-  va_end(args);
-  out.resize(n < 0 ? 0 : std::min(static_cast<std::size_t>(n), limit - 1));
-  return out;
-}
 
 // Large enough for any command below whose length the device does not bound.
 constexpr std::size_t kUnbounded = 4096;
@@ -55,16 +44,16 @@ SYSCOMMON_API int tftpTransfer(int direction, const char *server, const char *re
   server = text_or_empty(server);
   local_path = text_or_empty(local_path);
   std::string cmd = direction == 0
-                        ? format(512, "tftp %s -c get \"%s\" \"%s\" > /dev/null 2>&1", server, remote_file, local_path)
-                        : format(512, "tftp %s -c put \"%s\" \"%s\" > /dev/null 2>&1", server, local_path, remote_file);
+                        ? format_text(512, "tftp %s -c get \"%s\" \"%s\" > /dev/null 2>&1", server, remote_file, local_path)
+                        : format_text(512, "tftp %s -c put \"%s\" \"%s\" > /dev/null 2>&1", server, local_path, remote_file);
   int status = run_command(cmd);
-  run_command(format(512, "echo %d >> %s", status, rooted("/mnt/ramdisk/tftp_test").c_str()));
+  run_command(format_text(512, "echo %d >> %s", status, rooted("/mnt/ramdisk/tftp_test").c_str()));
   if (WIFSIGNALED(status)) return 1;
   return WEXITSTATUS(status);
 }
 
 SYSCOMMON_API int get_pid_by_name(const char *name, int *pids, int capacity) {
-  auto pipe = open_pipe(format(kUnbounded, "pidof %s", text_or_empty(name)), "r");
+  auto pipe = open_pipe(format_text(kUnbounded, "pidof %s", text_or_empty(name)), "r");
   if (!pipe) return -1;
   int count = 0;
   while (count < capacity && std::fscanf(pipe.get(), "%d", &pids[count]) == 1) ++count;
@@ -72,14 +61,14 @@ SYSCOMMON_API int get_pid_by_name(const char *name, int *pids, int capacity) {
 }
 
 SYSCOMMON_API int find_ap_run_in_ps(const char *name) {
-  auto pipe = open_pipe(format(256, "ps | grep %s | grep -v grep", text_or_empty(name)), "r");
+  auto pipe = open_pipe(format_text(256, "ps | grep %s | grep -v grep", text_or_empty(name)), "r");
   if (!pipe) return 0;
   std::array<char, 256> line{};
   return std::fgets(line.data(), static_cast<int>(line.size()), pipe.get()) != nullptr ? 1 : 0;
 }
 
 SYSCOMMON_API int terminate_porcess(const char *name) {
-  return run_command(format(kUnbounded, "ps|grep %s|grep -v grep|sed -n '1p'|cut -c 1-5|xargs kill -15",
+  return run_command(format_text(kUnbounded, "ps|grep %s|grep -v grep|sed -n '1p'|cut -c 1-5|xargs kill -15",
                             text_or_empty(name)));
 }
 
@@ -87,30 +76,30 @@ SYSCOMMON_API int Ssys_taskKillByName(const char *name) {
   name = text_or_empty(name);
   // The IPsec status agent's name contains "ipsec" too: it must survive.
   if (std::string_view(name) == "ipsec")
-    run_command(format(kUnbounded,
+    run_command(format_text(kUnbounded,
                        "ps|grep -i %s|grep -v grep|grep -v agent_%s|grep -v agent_parse_IpsecStatus|cut -c 1-5|xargs "
                        "kill -9",
                        name, name));
   else
-    run_command(format(kUnbounded, "ps|grep -i %s|grep -v grep|grep -v agent_%s|cut -c 1-5|xargs kill -9", name, name));
+    run_command(format_text(kUnbounded, "ps|grep -i %s|grep -v grep|grep -v agent_%s|cut -c 1-5|xargs kill -9", name, name));
   return 0;
 }
 
 SYSCOMMON_API int Ssys_rpfEnable(uint8_t value) {
   if (value == 1) return 0;  // deliberately left alone
-  run_command(format(kUnbounded, "echo %d > %s", value, rooted("/proc/sys/net/ipv4/conf/all/rp_filter").c_str()));
+  run_command(format_text(kUnbounded, "echo %d > %s", value, rooted("/proc/sys/net/ipv4/conf/all/rp_filter").c_str()));
   return 0;
 }
 
 SYSCOMMON_API int Ssys_netSetIgmpMaxMemberships(int count) {
-  run_command(format(kUnbounded, "echo %d > %s", count, rooted("/proc/sys/net/ipv4/igmp_max_memberships").c_str()));
+  run_command(format_text(kUnbounded, "echo %d > %s", count, rooted("/proc/sys/net/ipv4/igmp_max_memberships").c_str()));
   return 0;
 }
 
 SYSCOMMON_API int thread_log(const char *file_name) {
   std::string dir = rooted("/mnt/ramdisk");
   return run_command(
-      format(kUnbounded, "echo %d > %s/%s", syscommon::current_thread_id(), dir.c_str(), text_or_empty(file_name)));
+      format_text(kUnbounded, "echo %d > %s/%s", syscommon::current_thread_id(), dir.c_str(), text_or_empty(file_name)));
 }
 
 SYSCOMMON_API int check_phy_init(void) {
