@@ -9,6 +9,19 @@ namespace syscommon::log {
 static_assert(sizeof(SlogSystemRecord{}.text) == 256, "the scan width 255 below leaves the terminator");
 static_assert(sizeof(SlogVpnRecord{}.text) == 64, "the scan width 63 below leaves the terminator");
 
+namespace {
+// Stores the scanned time fields (month 0-based, year since 1900) in any record that has them.
+template <class Record>
+void put_time(Record &rec, unsigned sec, unsigned min, unsigned hour, unsigned day, unsigned mon, unsigned year) {
+  rec.sec = static_cast<int32_t>(sec);
+  rec.min = static_cast<int32_t>(min);
+  rec.hour = static_cast<int32_t>(hour);
+  rec.day = static_cast<int32_t>(day);
+  rec.mon = static_cast<int32_t>(mon);
+  rec.year = static_cast<int32_t>(year);
+}
+}  // namespace
+
 bool scan_system_line(const char *line, SlogSystemRecord &rec) {
   rec = SlogSystemRecord{};
   unsigned ev = 0, reason = 0, level = 0, bootup = 0, sec = 0, min = 0, hour = 0, day = 0, mon = 0, year = 0,
@@ -20,12 +33,7 @@ bool scan_system_line(const char *line, SlogSystemRecord &rec) {
   rec.reason_id = static_cast<uint8_t>(reason);
   rec.level = static_cast<uint8_t>(level);
   rec.bootup = bootup;
-  rec.sec = static_cast<int32_t>(sec);
-  rec.min = static_cast<int32_t>(min);
-  rec.hour = static_cast<int32_t>(hour);
-  rec.day = static_cast<int32_t>(day);
-  rec.mon = static_cast<int32_t>(mon);
-  rec.year = static_cast<int32_t>(year);
+  put_time(rec, sec, min, hour, day, mon, year);
   rec.uptime = uptime;
   return true;
 }
@@ -37,12 +45,7 @@ bool scan_vpn_line(const char *line, SlogVpnRecord &rec) {
   if (std::sscanf(line, "%*[^]]] %08x%02x%02x%02x%02x%02x%04x\n", &code, &sec, &min, &hour, &day, &mon, &year) != 7)
     return false;
   rec.code = code;
-  rec.sec = static_cast<int32_t>(sec);
-  rec.min = static_cast<int32_t>(min);
-  rec.hour = static_cast<int32_t>(hour);
-  rec.day = static_cast<int32_t>(day);
-  rec.mon = static_cast<int32_t>(mon);
-  rec.year = static_cast<int32_t>(year);
+  put_time(rec, sec, min, hour, day, mon, year);
   return true;
 }
 
@@ -64,12 +67,7 @@ bool scan_firewall_line(const char *line, SlogLogEntry &entry) {
   entry.flash = flash;
   entry.syslog = syslog;
   entry.trap = trap;
-  entry.sec = static_cast<int32_t>(sec);
-  entry.min = static_cast<int32_t>(min);
-  entry.hour = static_cast<int32_t>(hour);
-  entry.day = static_cast<int32_t>(day);
-  entry.mon = static_cast<int32_t>(mon);
-  entry.year = static_cast<int32_t>(year);
+  put_time(entry, sec, min, hour, day, mon, year);
   SlogFirewallRecord &fw = entry.body.firewall;
   fw.rule_index = idx;
   fw.id = id;

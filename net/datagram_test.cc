@@ -16,12 +16,12 @@
 
 using syscommon::net::testing::datagram;
 using syscommon::net::testing::Peer;
+using syscommon::net::testing::ram;
 using syscommon::net::testing::records;
 using syscommon::testing::sim_path;
 
 namespace {
 
-std::string ram(const std::string &rel) { return sim_path("/mnt/ramdisk/" + rel); }
 std::string path_of(const InterfaceSocket &ep) { return ep.address.sun_path; }
 bool exists(const std::string &p) {
   struct stat st{};

@@ -15,12 +15,12 @@
 using syscommon::net::testing::Datagram;
 using syscommon::net::testing::datagram;
 using syscommon::net::testing::Peer;
+using syscommon::net::testing::ram;
 using syscommon::net::testing::records;
 using syscommon::testing::sim_path;
 
 namespace {
 
-std::string ram(const std::string &rel) { return sim_path("/mnt/ramdisk/" + rel); }
 
 std::vector<uint8_t> word(int32_t v) {
   std::vector<uint8_t> b(4);

@@ -15,7 +15,12 @@
 #include <string>
 #include <vector>
 
+#include "support/test_support.h"
+
 namespace syscommon::net::testing {
+
+// A path under the (simulated) RAM disk.
+inline std::string ram(const std::string &rel) { return ::syscommon::testing::sim_path("/mnt/ramdisk/" + rel); }
 
 struct Datagram {
   std::vector<uint8_t> bytes;
