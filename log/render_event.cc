@@ -10,6 +10,7 @@
 
 #include "log/lookup.h"
 #include "util/format.h"
+#include "util/identity.h"
 #include "syscommon/hw.h"
 #include "syscommon/log.h"
 #include "syscommon/shm.h"
@@ -153,10 +154,7 @@ void build_detail(uint32_t event, const Remapped &r, const SlogDescEntry &reason
 // Name of port `number` in the device's port-name list ("" outside the list).
 std::string port_name(int number) {
   if (number < 0 || number >= SHM_PORT_NAME_COUNT) return {};
-  ShmEepromInfo info{};
-  shm_sysGetEepromInfo(&info);
-  const char *name = info.port_name[number];
-  return {name, strnlen(name, SHM_PORT_NAME_LEN)};
+  return std::string(syscommon::identity_port_name(syscommon::identity_record(), number));
 }
 
 }  // namespace
