@@ -88,11 +88,7 @@ SYSCOMMON_API int set_shm_zone_brg_info_all(const char *prefix, const ShmZoneBri
 }
 
 SYSCOMMON_API int get_shm_brg_interface_name(int b, char *out) {
-  auto rec = read_field<ShmBridgeRecord>(kSystem, bridge_off(b));
-  if (rec.ifname[0] == '\0')
-    out[0] = '\0';
-  else
-    copy_name(out, rec.ifname);
+  copy_name(out, read_field<ShmBridgeRecord>(kSystem, bridge_off(b)).ifname);
   return 0;
 }
 

@@ -92,18 +92,13 @@ SYSCOMMON_API int get_shm_interface_name(int idx, char *out) {
   if (idx == 0) {
     copy_name(out, cs.load<ShmWanRecord>(wan_off(0)).ifname);
   } else if (idx >= 1 && idx <= SHM_VLAN_IF_COUNT) {
-    auto rec = cs.load<ShmVlanIfRecord>(vlan_off(idx - 1));
-    if (rec.ifname[0] != '\0') copy_name(out, rec.ifname);
+    copy_name(out, cs.load<ShmVlanIfRecord>(vlan_off(idx - 1)).ifname);  // "" when unused
   }
   return 0;
 }
 
 SYSCOMMON_API int get_shm_vlan_interface_name(int i, char *out) {
-  auto rec = read_field<ShmVlanIfRecord>(kSystem, vlan_off(i));
-  if (rec.ifname[0] == '\0')
-    out[0] = '\0';
-  else
-    copy_name(out, rec.ifname);
+  copy_name(out, read_field<ShmVlanIfRecord>(kSystem, vlan_off(i)).ifname);
   return 0;
 }
 

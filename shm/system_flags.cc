@@ -2,10 +2,10 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <string_view>
 
 #include "platform/host.h"
-#include "platform/segment.h"
-#include "shm/layout.h"
+#include "shm/access.h"
 
 using namespace syscommon;
 using namespace syscommon::shm;
@@ -14,10 +14,7 @@ namespace {
 
 uint32_t get_word(std::size_t off) { return read_field<uint32_t>(kSystem, off); }
 
-int set_word(std::size_t off, uint32_t value) {
-  write_field(kSystem, off, value);
-  return 0;
-}
+int set_word(std::size_t off, uint32_t value) { return set(kSystem, off, value); }
 
 // The VLAN and bridge daemons read the kernel's interface picture after a process state
 // change; the command runs once the section is left.
@@ -31,10 +28,7 @@ int set_word_and_show_ifs(std::size_t off, uint32_t value) {
 
 extern "C" {
 
-SYSCOMMON_API int shm_sysGetData(void *buf) {
-  read_bytes(kSystem, kSysDataOffset, buf, SHM_SYS_DATA_SIZE);
-  return 0;
-}
+SYSCOMMON_API int shm_sysGetData(void *buf) { return copy_out(kSystem, kSysDataOffset, buf, SHM_SYS_DATA_SIZE); }
 
 SYSCOMMON_API uint32_t shm_device_mode(void) { return get_word(SYS_OFF(device_mode)); }
 SYSCOMMON_API uint32_t shm_droute_idx(void) { return get_word(SYS_OFF(droute_idx)); }
@@ -69,45 +63,35 @@ SYSCOMMON_API int shm_set_timezone(int index) { return set_word(SYS_OFF(timezone
 SYSCOMMON_API int shm_get_timezone(void) { return static_cast<int>(get_word(SYS_OFF(timezone))); }
 
 SYSCOMMON_API int shm_sysSetFilterGlobal(const void *rec) {
-  write_bytes(kSystem, SYS_OFF(ifs.filter_global), rec, SHM_FILTER_GLOBAL_SIZE);
-  return 0;
+  return copy_in(kSystem, SYS_OFF(ifs.filter_global), rec, SHM_FILTER_GLOBAL_SIZE);
 }
 SYSCOMMON_API int shm_sysGetFilterGlobal(void *rec) {
-  read_bytes(kSystem, SYS_OFF(ifs.filter_global), rec, SHM_FILTER_GLOBAL_SIZE);
-  return 0;
+  return copy_out(kSystem, SYS_OFF(ifs.filter_global), rec, SHM_FILTER_GLOBAL_SIZE);
 }
 SYSCOMMON_API int shm_sysSetVrrpGlobal(const void *rec) {
-  write_bytes(kSystem, SYS_OFF(ifs.vrrp_global), rec, SHM_VRRP_GLOBAL_SIZE);
-  return 0;
+  return copy_in(kSystem, SYS_OFF(ifs.vrrp_global), rec, SHM_VRRP_GLOBAL_SIZE);
 }
 SYSCOMMON_API int shm_sysGetVrrpGlobal(void *rec) {
-  read_bytes(kSystem, SYS_OFF(ifs.vrrp_global), rec, SHM_VRRP_GLOBAL_SIZE);
-  return 0;
+  return copy_out(kSystem, SYS_OFF(ifs.vrrp_global), rec, SHM_VRRP_GLOBAL_SIZE);
 }
 
 SYSCOMMON_API uint32_t shm_get_mgmt_vlan_vid(void) { return get_word(SYS_OFF(vlan_if[0].vid)); }
 
 SYSCOMMON_API int shm_get_fiber_speed(int sfp) {
+  // The text fills at most its 32 bytes; one without a NUL is searched to its end.
   char speed[32];
-  read_bytes(kSystem, SYS_OFF(fiber_speed) + 32 * static_cast<std::size_t>(sfp), speed, sizeof speed);
-  speed[sizeof speed - 1] = '\0';
-  return std::strstr(speed, "1G") != nullptr ? 1 : 0;
+  copy_out(kSystem, index_offset(SYS_OFF(fiber_speed), sizeof speed, sfp), speed, sizeof speed);
+  return std::string_view(speed, strnlen(speed, sizeof speed)).find("1G") != std::string_view::npos ? 1 : 0;
 }
 
 SYSCOMMON_API int shm_get_sfp_Eeprom(int sfp, void *buf) {
-  read_bytes(kSystem, SYS_OFF(sfp_eeprom) + SHM_SFP_EEPROM_SIZE * static_cast<std::size_t>(sfp), buf,
-             SHM_SFP_EEPROM_SIZE);
-  return 0;
+  return copy_out(kSystem, index_offset(SYS_OFF(sfp_eeprom), SHM_SFP_EEPROM_SIZE, sfp), buf, SHM_SFP_EEPROM_SIZE);
 }
 SYSCOMMON_API int shm_set_sfp_Eeprom_ddm(int sfp, const void *buf) {
-  write_bytes(kSystem, SYS_OFF(sfp_eeprom_ddm) + SHM_SFP_EEPROM_SIZE * static_cast<std::size_t>(sfp), buf,
-              SHM_SFP_EEPROM_SIZE);
-  return 0;
+  return copy_in(kSystem, index_offset(SYS_OFF(sfp_eeprom_ddm), SHM_SFP_EEPROM_SIZE, sfp), buf, SHM_SFP_EEPROM_SIZE);
 }
 SYSCOMMON_API int shm_get_sfp_Eeprom_ddm(int sfp, void *buf) {
-  read_bytes(kSystem, SYS_OFF(sfp_eeprom_ddm) + SHM_SFP_EEPROM_SIZE * static_cast<std::size_t>(sfp), buf,
-             SHM_SFP_EEPROM_SIZE);
-  return 0;
+  return copy_out(kSystem, index_offset(SYS_OFF(sfp_eeprom_ddm), SHM_SFP_EEPROM_SIZE, sfp), buf, SHM_SFP_EEPROM_SIZE);
 }
 
 SYSCOMMON_API int set_shm_vconfig_process(uint32_t value) {
@@ -122,11 +106,10 @@ SYSCOMMON_API int set_shm_auth_cert_process(uint32_t value) { return set_word(SY
 SYSCOMMON_API uint32_t get_shm_auth_cert_process(void) { return get_word(SYS_OFF(auth_cert_process)); }
 
 SYSCOMMON_API int shm_set_security_config(uint8_t value, int index) {
-  write_field(kSystem, SYS_OFF(security_config) + static_cast<std::ptrdiff_t>(index), value);
-  return 0;
+  return set(kSystem, index_offset(SYS_OFF(security_config), 1, index), value);
 }
 SYSCOMMON_API int shm_read_security_config(int index) {
-  return read_field<uint8_t>(kSystem, SYS_OFF(security_config) + static_cast<std::ptrdiff_t>(index));
+  return read_field<uint8_t>(kSystem, index_offset(SYS_OFF(security_config), 1, index));
 }
 
 SYSCOMMON_API int shm_set_whatchdog_webs(int on) {

@@ -386,7 +386,9 @@ int cmd_set_vlan(const Args &args) {
     std::array<ShmVlanIfConfig, SHM_VLAN_IF_COUNT> recs{};
     VlanTable vlans{};
     get_shm_vlan_conf(vlans.data());
-    for (int k = 0; k < SHM_VLAN_IF_COUNT; ++k) recs[k].vid = vlans[k].vid;
+    // The update stops at the first record with VLAN id 0: an unused record gets an id
+    // that no (16-bit) VLAN information record carries, so records after it are reached.
+    for (int k = 0; k < SHM_VLAN_IF_COUNT; ++k) recs[k].vid = vlans[k].vid != 0 ? vlans[k].vid : UINT32_MAX;
     VlanInfoTable info{};
     {
       CriticalSection cs(kSystem);
