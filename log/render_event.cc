@@ -107,8 +107,7 @@ Remapped remap(uint32_t event, uint32_t reason, std::string_view arg) {
 }
 
 // The detail text of step 5 (at most 127 characters).
-void build_detail(uint32_t event, const Remapped &r, const SlogDescEntry &reason, std::string_view whole_arg,
-                  std::span<char> detail) {
+void build_detail(uint32_t event, const Remapped &r, const SlogDescEntry &reason, std::span<char> detail) {
   const std::string arg(r.arg);
   switch (reason.id) {
     case kReasonAdmin:
@@ -129,8 +128,8 @@ void build_detail(uint32_t event, const Remapped &r, const SlogDescEntry &reason
     case kReasonSessionEnd:
       format_into(detail, "%s {R%d} %s", reason.text, r.number, arg.c_str());
       return;
-    case kReasonAllSessionsEnded:
-      format_into(detail, "%s %s", reason.text, std::string(whole_arg).c_str());
+    case kReasonAllSessionsEnded:  // never remapped, so the whole argument text
+      format_into(detail, "%s %s", reason.text, arg.c_str());
       return;
     case kReasonLimitIngress:
     case kReasonResumeIngress:
@@ -166,8 +165,8 @@ SYSCOMMON_API int Eventlog_to_Str(SlogSystemRecord record, char *out, int show_m
     std::strcpy(out, event->text);  // unbounded by design: the caller's buffer holds any event text
     return 1;
   }
-  const std::string_view whole_arg(record.text, strnlen(record.text, sizeof record.text));
-  const Remapped r = remap(record.event_id, record.reason_id, whole_arg);
+  const Remapped r =
+      remap(record.event_id, record.reason_id, std::string_view(record.text, strnlen(record.text, sizeof record.text)));
   if ((record.event_id == kEventRuleTerminated || record.event_id == kEventSessionLog) && r.number < 1 &&
       r.number > 256)  // never true: the device renders every rule number, kept as it is
     return 0;
@@ -175,7 +174,7 @@ SYSCOMMON_API int Eventlog_to_Str(SlogSystemRecord record, char *out, int show_m
   char detail_buf[kDetailSize] = {};
   const char *detail = "(null)";  // an unknown reason prints as a null detail
   if (const SlogDescEntry *reason = find_reason(r.reason)) {
-    build_detail(record.event_id, r, *reason, whole_arg, detail_buf);
+    build_detail(record.event_id, r, *reason, detail_buf);
     detail = detail_buf;
   }
 

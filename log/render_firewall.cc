@@ -83,6 +83,7 @@ const char *short_text(std::span<const SlogShortEntry> table, uint32_t id) {
 }  // namespace
 
 SYSCOMMON_API void firewallLog_to_str(const SlogLogEntry *entry, char *out) {
+  if (entry == nullptr || out == nullptr) return;
   const SlogFirewallRecord &fw = entry->body.firewall;
   Appender a;
   if (fw.id == SLOG_FW_POLICY_HIT) {

@@ -190,7 +190,7 @@ SYSCOMMON_API int Eventlog_to_Str(SlogSystemRecord record, char *out, int show_m
  * " This event has happened more than once." when repeat is non-zero. Interface names are
  * looked up by VLAN id in the shared store. A target or a protocol (256 and above) beyond
  * its table prints as an empty text. `out` must hold 256 bytes more than its current
- * text; the appended text is cut to 255 characters. */
+ * text; the appended text is cut to 255 characters. A null entry or `out` does nothing. */
 SYSCOMMON_API void firewallLog_to_str(const SlogLogEntry *entry, char *out);
 /* Transceiver warning for `code` = "%02d%02d" (kind 2..5, port index; indices above 7 are
  * reduced by 8, the port shown is index + 1), cut to `size` bytes. Returns the formatted
