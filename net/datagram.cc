@@ -98,7 +98,7 @@ int net_RecvFromInterface1(InterfaceSocket *endpoint, void *buffer, net_timeout_
 }
 
 int ClearSocket(InterfaceSocket *endpoint) {
-  const auto scratch = new_message();
+  const auto scratch = new_message(false);
   if (!scratch) return 0;
   endpoint->addr_len = NET_ADDR_FULL_LEN;
   for (;;) {

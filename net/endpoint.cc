@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <new>
 #include <thread>
 
@@ -57,8 +58,11 @@ uint8_t next_request_seq() {
   return net_seq_counter;
 }
 
-std::unique_ptr<InterfaceMessage> new_message() {
-  return std::unique_ptr<InterfaceMessage>(new (std::nothrow) InterfaceMessage{});
+std::unique_ptr<InterfaceMessage> new_message(bool clear_data) {
+  if (clear_data) return std::unique_ptr<InterfaceMessage>(new (std::nothrow) InterfaceMessage{});
+  std::unique_ptr<InterfaceMessage> m(new (std::nothrow) InterfaceMessage);
+  if (m) std::memset(m.get(), 0, NET_MSG_HEADER_SIZE);
+  return m;
 }
 
 // A plain test-then-set, as the callers expect: it keeps the threads of one process from

@@ -23,8 +23,9 @@ std::string redirected_destination(std::string_view destination, uint8_t type);
 // The next request sequence: 1..255, then 1 again; stored back in net_seq_counter.
 uint8_t next_request_seq();
 
-// A cleared message on the heap, or null when it cannot be allocated.
-std::unique_ptr<InterfaceMessage> new_message();
+// A message on the heap, or null when it cannot be allocated. Cleared whole, or only its
+// header when the data area is written in full before each send (send_chunks does that).
+std::unique_ptr<InterfaceMessage> new_message(bool clear_data = true);
 
 // Waits (5 ms steps) until no request of this process is under way, then marks one.
 void take_request_flag();
@@ -34,18 +35,13 @@ void release_request_flag();
 // `buffer` (the public call passes no limit; the library's own scratch buffers do).
 int receive_transfer(InterfaceSocket *endpoint, void *buffer, std::size_t capacity, net_timeout_fn on_timeout);
 
-// How a transfer is cut into datagrams.
-struct Chunking {
-  int per_datagram;      // records per datagram; below 1 counts as 1
-  bool early_ends;       // also stop when (chunk + 1) x per == count, and after one chunk when per is 1
-  bool pause_for_main;   // wait 1 s before the last chunk to "socket/lumen168-socket"
-};
-
-// Sends `count` records through `message` (header already filled by the caller): sets
-// count and more, copies each chunk's records (at most the 4096-byte data area, the rest
-// zero). Returns the last send's result, 0 when nothing was sent.
+// Sends `count` records through `message` (header already filled by the caller), at most
+// `per_datagram` a datagram (below 1 counts as 1): sets count and more and writes the whole
+// data area (the chunk's records, at most 4096 bytes, then zeros). With `early_ends` it also
+// stops when (chunk + 1) x per == count, and after one chunk when per is 1. Returns the last
+// send's result, 0 when nothing was sent.
 int send_chunks(InterfaceSocket *endpoint, InterfaceMessage &message, const void *records, uint32_t record_size,
-                int count, const Chunking &chunking);
+                int count, int per_datagram, bool early_ends);
 
 // Records per datagram of a data transfer: 1 for a single record or size 0, else 4096 / size.
 int records_per_datagram(int count, uint32_t record_size);

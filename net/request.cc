@@ -94,11 +94,11 @@ int net_Web_CTL_Send_And_Recv_Table_Info(InterfaceSocket *send, InterfaceSocket 
 int net_Web_SendData_And_Recv_Data(InterfaceSocket *send, InterfaceSocket *recv, uint8_t command, void *buffer,
                                    uint32_t header_record_size, const void *data, int count, int per_datagram,
                                    uint32_t record_size) {
-  const auto m = new_message();
+  const auto m = new_message(false);
   if (!m) return 0;
   stamp_request(*m, recv, NET_TYPE_DATA_REQUEST, command);
   m->record_size = header_record_size;
-  const int sent = send_chunks(send, *m, data, record_size, count, {per_datagram, true, false});
+  const int sent = send_chunks(send, *m, data, record_size, count, per_datagram, true);
   net_seq_avoid = 0;  // the endpoint's own flag decides
   net_RecvFromInterface1(recv, buffer, nullptr);
   net_seq_avoid = 1;
@@ -107,19 +107,15 @@ int net_Web_SendData_And_Recv_Data(InterfaceSocket *send, InterfaceSocket *recv,
 
 int net_Web_SendData_And_Recv_Confirm(InterfaceSocket *send, InterfaceSocket *recv, uint8_t command,
                                       const void *data, uint32_t record_size, int count, int /*ignored*/) {
-  const auto m = new_message();
+  const auto m = new_message(false);
   if (!m) return 0;
   stamp_request(*m, recv, NET_TYPE_DATA_CONFIRM, command);
   m->record_size = record_size;
-  const int sent =
-      send_chunks(send, *m, data, record_size, count, {records_per_datagram(count, record_size), true, false});
-  // The confirmation word starts at 1: no answer counts as a confirmation.
-  alignas(int32_t) uint8_t answer[NET_MSG_DATA_SIZE] = {};
-  const int32_t unanswered = 1;
-  std::memcpy(answer, &unanswered, sizeof unanswered);
-  receive_transfer(recv, answer, sizeof answer, nullptr);
-  int32_t word = 0;
-  std::memcpy(&word, answer, sizeof word);
+  const int sent = send_chunks(send, *m, data, record_size, count, records_per_datagram(count, record_size), true);
+  // The confirmation word starts at 1: no answer counts as a confirmation. Nothing past the
+  // word is stored, whatever the daemon sends.
+  int32_t word = 1;
+  receive_transfer(recv, &word, sizeof word, nullptr);
   return word != 0 ? sent : 1;
 }
 

@@ -16,9 +16,9 @@ int records_per_datagram(int count, uint32_t record_size) {
 }
 
 int send_chunks(InterfaceSocket *ep, InterfaceMessage &m, const void *records, uint32_t record_size, int count,
-                const Chunking &chunking) {
+                int per_datagram, bool early_ends) {
   // Below 1 (a record larger than a datagram, or a caller's 0) the loop could never end.
-  const int per = std::max(chunking.per_datagram, 1);
+  const int per = std::max(per_datagram, 1);
   const auto *base = static_cast<const uint8_t *>(records);
   int result = 0;
   for (long long chunk = 0;; ++chunk) {
@@ -32,7 +32,7 @@ int send_chunks(InterfaceSocket *ep, InterfaceMessage &m, const void *records, u
       m.more = 0;
       // Never true for a path built by net_OpenSocketToInterface_Send (it is absolute);
       // kept as the daemons' peers have always compared it.
-      if (chunking.pause_for_main && local_path(ep->address) == "socket/lumen168-socket")
+      if (local_path(ep->address) == "socket/lumen168-socket")
         std::this_thread::sleep_for(std::chrono::seconds(1));
     }
     m.count = static_cast<uint8_t>(carried);
@@ -43,7 +43,7 @@ int send_chunks(InterfaceSocket *ep, InterfaceMessage &m, const void *records, u
     std::memset(m.data + bytes, 0, sizeof m.data - bytes);
     result = net_SendToInterface(ep, &m);
     if (result == 0 || m.more == 0) break;
-    if (chunking.early_ends && ((chunk + 1) * per == count || per == 1)) break;
+    if (early_ends && ((chunk + 1) * per == count || per == 1)) break;
   }
   return result;
 }
@@ -54,14 +54,13 @@ using namespace syscommon::net;
 
 int net_Web_SendData(InterfaceSocket *endpoint, uint8_t command, const void *records, uint32_t record_size,
                      int count, int /*per_datagram*/) {
-  const auto m = new_message();
+  const auto m = new_message(false);
   if (!m) return 0;
   m->seq = endpoint->seq;  // a reply carries the sequence of the request it answers
   m->type = NET_TYPE_DATA;
   m->command = command;
   m->record_size = record_size;
-  return send_chunks(endpoint, *m, records, record_size, count,
-                     {records_per_datagram(count, record_size), false, true});
+  return send_chunks(endpoint, *m, records, record_size, count, records_per_datagram(count, record_size), false);
 }
 
 int send_agent(const char *name, uint32_t type_offset, uint8_t command, const void *records, uint32_t record_size,

@@ -145,7 +145,8 @@ SYSCOMMON_API int send_agent(const char *name, uint32_t type_offset, uint8_t com
                              uint32_t record_size, int count, int per_datagram);
 /* "socket/" + name in a static buffer overwritten by each call. */
 SYSCOMMON_API char *sock_path(const char *name);
-/* Discards every datagram already queued on the endpoint. Returns 0. */
+/* Discards every datagram already queued on the endpoint; `address` is left holding the last
+ * sender's, as after a receive. A descriptor that is not open ends the drain. Returns 0. */
 SYSCOMMON_API int ClearSocket(InterfaceSocket *endpoint);
 /* Stores `value` in net_last_seq and returns it. */
 SYSCOMMON_API int set_seq_num(uint8_t value);
