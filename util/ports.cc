@@ -30,9 +30,8 @@ ShmEepromPortInfo port_entry(int index) {
 
 int speed_bits(int index) { return port_entry(index).type & SHM_PORT_TYPE_SPEED_MASK; }
 
-bool gigabit_fibre(const ShmEepromPortInfo &p) {
-  return (p.type & SHM_PORT_TYPE_SPEED_MASK) == 1 && (p.type & SHM_PORT_TYPE_FIBER) != 0;
-}
+bool fibre(const ShmEepromPortInfo &p) { return (p.type & SHM_PORT_TYPE_FIBER) != 0; }
+bool gigabit_fibre(const ShmEepromPortInfo &p) { return (p.type & SHM_PORT_TYPE_SPEED_MASK) == 1 && fibre(p); }
 
 int put_text(char *out, std::string_view text) {
   std::memcpy(out, text.data(), text.size());
@@ -76,7 +75,7 @@ class PortListText {
 extern "C" {
 
 SYSCOMMON_API int Ssys_port2MdlPort(int index, int *module_out, int *port_out) {
-  if (!physical(index)) return 0;
+  if (index > 9) return 0;  // only the upper bound is checked
   *module_out = 0;
   *port_out = index;
   return 1;
@@ -126,7 +125,7 @@ SYSCOMMON_API int Ssys_getModulePortDesc(int index, char *text_out) {
   std::span<const ShmEepromPortInfo> ports(info.port);
   const ShmEepromPortInfo &port = ports[index];
   if (gigabit_fibre(port)) {
-    auto slot = std::count_if(ports.begin(), ports.begin() + index, gigabit_fibre);
+    auto slot = std::count_if(ports.begin(), ports.begin() + index, fibre);
     if (slot >= SHM_SFP_SLOT_COUNT) return put_text(text_out, "N/A");
     const char *sfp = info.sfp_text[slot];
     std::string_view text(sfp, strnlen(sfp, SHM_SFP_TEXT_LEN - 1));

@@ -126,6 +126,7 @@ SYSCOMMON_API int isNumber(const char *text) {
 
 SYSCOMMON_API int isZeroArray(const void *bytes, int length) {
   const auto *p = static_cast<const unsigned char *>(bytes);
+  if (p == nullptr) return 0;
   for (int i = 0; i < length; ++i)
     if (p[i] != 0) return 1;
   return 0;

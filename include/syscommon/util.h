@@ -43,7 +43,8 @@ SYSCOMMON_API int Ssys_CheckStringSpecialchar(const char *text);
 SYSCOMMON_API int isValidIpAddress(const char *text);
 /* 1 for a non-empty text of decimal digits only, else 0 (also for null). */
 SYSCOMMON_API int isNumber(const char *text);
-/* 1 if ANY of the first `length` bytes is nonzero; 0 when all are zero or length <= 0.
+/* 1 if ANY of the first `length` bytes is nonzero; 0 when all are zero, length <= 0 or
+ * bytes is null.
  * (The sense is the inverse of the name; callers rely on it.) */
 SYSCOMMON_API int isZeroArray(const void *bytes, int length);
 /* 1 if the low 8 bits of c are printable ASCII (32..126), else 0. */
@@ -165,7 +166,7 @@ SYSCOMMON_API int account_get_authority_description(int authority, char *text_ou
  * queries read the port entries of the device-identity record (syscommon/hw.h); an index
  * outside 0..9 reads as an absent port (type 0). */
 
-/* 0 when index is outside 0..9; else module 0, port index, 1. */
+/* 0 when index is above 9; else module 0, port index, 1 (a negative index is not refused). */
 SYSCOMMON_API int Ssys_port2MdlPort(int index, int *module_out, int *port_out);
 SYSCOMMON_API int Ssys_getModuleMaxPort(int module);   /* 10 */
 SYSCOMMON_API int Ssc_checkModuleActive(int module);   /* 1 */
@@ -185,7 +186,7 @@ SYSCOMMON_API int Ssys_getModulePortStr(int index, char *text_out);
 /* "PORT%d" with index + 1, in a process-wide buffer overwritten by every call. */
 SYSCOMMON_API const char *Get_port_name(int index);
 /* Description of a port into text_out (at least 32 bytes): for a gigabit fibre port the
- * text of its transceiver slot (slot = gigabit fibre ports before it), "N/A" when empty or
+ * text of its transceiver slot (slot = number of fibre ports before it), "N/A" when empty or
  * beyond the slots; else the port's description text; "" outside 0..9. Returns the length. */
 SYSCOMMON_API int Ssys_getModulePortDesc(int index, char *text_out);
 /* 1 when vid occurs among the count entries of the ascending list; 0 when count <= 0 or
