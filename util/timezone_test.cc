@@ -7,101 +7,62 @@
 #include "support/test_support.h"
 #include "syscommon/util.h"
 
-using syscommon::testing::sim_path;
-using syscommon::testing::write_file;
-
 namespace {
 
-TEST(TimeZones, LabelsSitBesideTheStoreOffsets) {
-  EXPECT_STREQ(timezone_str[0], "Eniwetok");
+TEST(TimeZones, LabelsAndOffsets) {
   EXPECT_STREQ(timezone_str[21], "Casablanca");
-  EXPECT_STREQ(timezone_str[46], "Beijing");
-  EXPECT_STREQ(timezone_str[62], "Fiji");
   EXPECT_EQ(Stimed_getTimeShiftByIndex(16), -12600);
   EXPECT_EQ(Stimed_getTimeShiftByIndex(42), 19800);
-  EXPECT_STREQ(Stimed_getTimeCityByIndex(36), "Tehran");
-  EXPECT_STREQ(Stimed_getFirstTimeCityByIndex(59), "Vladivostok");  // no label holds ", "
-}
-
-TEST(TimeZones, ByShiftWalksForwardsFromStart) {
-  struct Row {
-    int offset, start, expected;
-  };
-  const Row rows[] = {
-      {3600, 0, 23},   {3600, 24, 24},  {3600, 26, 26}, {3600, 27, 63}, {-43200, 0, 0}, {43200, 0, 61},
-      {43200, 62, 62}, {43200, 63, 63}, {1, 0, 63},     {0, -5, 21},    {-25200, 6, 6},
-  };
-  for (const Row &r : rows)
-    EXPECT_EQ(Stimed_getTimeIndexByShift(r.offset, r.start), r.expected) << r.offset << " from " << r.start;
-}
-
-TEST(TimeZones, ByCityNeedsOffsetAndLabelIgnoringCase) {
-  EXPECT_EQ(Stimed_getTimeIndexByCity(7200, "cairo"), 29);
-  EXPECT_EQ(Stimed_getTimeIndexByCity(3600, "cairo"), -1);
-  EXPECT_EQ(Stimed_getTimeIndexByCity(-18000, "TIME"), 11);  // first of the group whose label contains it
-  EXPECT_EQ(Stimed_getTimeIndexByCity(-18000, ""), 10);      // empty text: first of the group
-  EXPECT_EQ(Stimed_getTimeIndexByCity(28800, "pei"), 49);
-  EXPECT_EQ(Stimed_getTimeIndexByCity(0, nullptr), -1);
-}
-
-TEST(TimeZones, CityByIndexOutsideTheTableIsEmpty) {
-  EXPECT_STREQ(Stimed_getTimeCityByIndex(63), "");
-  EXPECT_STREQ(Stimed_getTimeCityByIndex(1000), "");
-  EXPECT_STREQ(Stimed_getTimeCityByIndex(-1), "");
-  EXPECT_STREQ(Stimed_getFirstTimeCityByIndex(63), "");
+  for (int index : {63, 1000, -1}) EXPECT_STREQ(Stimed_getTimeCityByIndex(index), "") << index;
+  EXPECT_STREQ(Stimed_getTimeCityByIndex(62), "Fiji");
   const char *first = Stimed_getFirstTimeCityByIndex(5);
   EXPECT_EQ(Stimed_getFirstTimeCityByIndex(6), first);  // one process-wide buffer
   EXPECT_STREQ(first, "Mountain-Time");
 }
 
-TEST(TimeZones, ArrayIndexSearchesBackwards) {
+TEST(TimeZones, TieRulesPerLookup) {
   struct Row {
-    int west, hours, minutes, expected;
+    int a, b, c, expected;
   };
-  const Row rows[] = {
-      {0, 14, 0, -1}, {0, 12, 0, 62}, {1, 12, 0, 0},  {0, 5, 45, 42}, {1, 3, 30, 16}, {0, 13, 0, -1},
-      {0, 8, 0, 49},  {1, 5, 0, 12},  {0, 0, 0, 22},  {1, 0, 0, 22},  {0, 10, 0, 59}, {0, 5, 15, 41},
-      {0, 9, 30, 54}, {0, 3, 29, 35}, {0, 3, 60, -1}, {0, -1, 0, -1}, {0, 1, -1, -1}, {1, 13, 0, -1},
-      {7, 7, 0, 6},  // any nonzero west
-  };
-  for (const Row &r : rows)
-    EXPECT_EQ(Stimed_getTimeZoneArrayIndex(r.west, r.hours, r.minutes), r.expected)
-        << r.west << " " << r.hours << ":" << r.minutes;
+  // Forwards by offset from a start index.
+  for (const Row &r : {Row{3600, 0, 0, 23}, {3600, 24, 0, 24}, {3600, 27, 0, 63}, {43200, 62, 0, 62},
+                       {43200, 63, 0, 63}, {1, 0, 0, 63}, {0, -5, 0, 21}})
+    EXPECT_EQ(Stimed_getTimeIndexByShift(r.a, r.b), r.expected) << r.a << " from " << r.b;
+  // Backwards by hours and minutes (west, hours, minutes): the last row of a group.
+  for (const Row &r : {Row{0, 14, 0, -1}, {0, 12, 0, 62}, {1, 12, 0, 0}, {0, 5, 45, 42}, {1, 3, 30, 16},
+                       {0, 13, 0, -1}, {0, 8, 0, 49}, {1, 5, 0, 12}, {1, 0, 0, 22}, {0, 10, 0, 59},
+                       {0, 5, 15, 41}, {0, 3, 60, -1}, {0, -1, 0, -1}, {0, 1, -1, -1}, {7, 7, 0, 6}})
+    EXPECT_EQ(Stimed_getTimeZoneArrayIndex(r.a, r.b, r.c), r.expected) << r.a << " " << r.b << ":" << r.c;
+  // Forwards by offset and label, ignoring case.
+  EXPECT_EQ(Stimed_getTimeIndexByCity(7200, "cairo"), 29);
+  EXPECT_EQ(Stimed_getTimeIndexByCity(3600, "cairo"), -1);
+  EXPECT_EQ(Stimed_getTimeIndexByCity(-18000, "TIME"), 11);
+  EXPECT_EQ(Stimed_getTimeIndexByCity(-18000, ""), 10);
+  EXPECT_EQ(Stimed_getTimeIndexByCity(0, nullptr), -1);
 }
 
 TEST(Uptime, TextAlwaysHasFourParts) {
-  struct Row {
-    uint32_t seconds;
-    const char *text;
-  };
-  const Row rows[] = {{0, "0d0h0m0s"},           {5, "0d0h0m5s"},         {90061, "1d1h1m1s"},
-                      {86399, "0d23h59m59s"},    {3600, "0d1h0m0s"},      {4294967295u, "49710d6h28m15s"}};
-  for (const Row &r : rows) {
+  for (auto [seconds, text] : {std::pair<uint32_t, const char *>{5, "0d0h0m5s"}, {90061, "1d1h1m1s"},
+                               {86399, "0d23h59m59s"}, {4294967295u, "49710d6h28m15s"}}) {
     char out[32];
-    std::memset(out, 'X', sizeof out);
-    EXPECT_EQ(Uptime_to_str(r.seconds, out), static_cast<int>(std::strlen(r.text)));
-    EXPECT_STREQ(out, r.text);
+    EXPECT_EQ(Uptime_to_str(seconds, out), static_cast<int>(std::strlen(text)));
+    EXPECT_STREQ(out, text);
   }
   EXPECT_GT(get_uptime(), 0);
 }
 
 TEST(Bootup, CounterFileFirstLine) {
   if (syscommon::testing::sim_root().empty()) GTEST_SKIP() << "needs the simulated root of tests/launch.sh";
-  const std::string path = sim_path("/mnt/log2/KVR900_BOOTUP_LOG");
+  const std::string path = syscommon::testing::sim_path("/mnt/log2/KVR900_BOOTUP_LOG");
   std::remove(path.c_str());
-  ::testing::internal::CaptureStdout();
-  EXPECT_EQ(get_bootup(), 0);
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "uptime fopen error\n");
-
-  write_file(path, "");
-  ::testing::internal::CaptureStdout();
-  EXPECT_EQ(get_bootup(), 0);
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "get_bootup get nothing");
-
-  write_file(path, "42\n17\n");
+  for (const char *content : {static_cast<const char *>(nullptr), ""}) {
+    if (content != nullptr) syscommon::testing::write_file(path, content);
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(get_bootup(), 0);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), content ? "get_bootup get nothing" : "uptime fopen error\n");
+  }
+  syscommon::testing::write_file(path, "42\n17\n");
   EXPECT_EQ(get_bootup(), 42);
-  write_file(path, "1234");
-  EXPECT_EQ(get_bootup(), 1234);
 }
 
 }  // namespace
