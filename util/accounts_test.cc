@@ -2,6 +2,7 @@
 // search and the authority texts.
 #include <cstring>
 #include <string>
+#include <tuple>
 
 #include "support/test_support.h"
 #include "syscommon/util.h"
@@ -38,8 +39,7 @@ TEST(AccountSet, CodesReservedNamesAndBounds) {
       {"bob", &c3, "admin", 0, 8, 7, 17},    {"administrator", &c3, nullptr, 0, 0, 1, 16},
   };
   for (const Row &r : rows) {
-    SCOPED_TRACE(::testing::Message() << r.record_name << " code " << (r.code ? *r.code : -99) << " new " << r.is_new
-                                      << " name " << (r.name ? r.name : "null"));
+    SCOPED_TRACE(::testing::Message() << r.record_name << "/" << (r.code ? *r.code : -1) << "/" << r.is_new);
     UserAccount rec = make(r.record_name, 17, "old", 7);
     EXPECT_EQ(account_set(&rec, r.code, r.name, "new", r.is_new), r.result);
     EXPECT_EQ(rec.state, r.state);
@@ -73,18 +73,12 @@ TEST(AccountRm, LastAdminEmptySlotsAndShift) {
 }
 
 TEST(AccountAuthority, TextsAndSizeRules) {
-  struct Row {
-    int authority;
-    uint8_t size;
-    int result;
-    const char *text;
-  };
-  const Row rows[] = {{0, 6, 0, "System admin"},         {0, 5, 1, "#"},  {16, 5, 0, "user"}, {16, 4, 1, "#"},
-                      {17, 13, 0, "Configuration admin"}, {17, 12, 1, "#"}};
-  for (const Row &r : rows) {
+  for (auto [authority, size, result, text] :
+       {std::tuple<int, uint8_t, int, std::string>{0, 6, 0, "System admin"}, {0, 5, 1, "#"}, {16, 5, 0, "user"},
+        {16, 4, 1, "#"}, {17, 13, 0, "Configuration admin"}, {17, 12, 1, "#"}}) {
     char out[32] = "#";
-    EXPECT_EQ(account_get_authority_description(r.authority, out, r.size), r.result) << r.authority << "/" << +r.size;
-    EXPECT_STREQ(out, r.text);
+    EXPECT_EQ(account_get_authority_description(authority, out, size), result) << authority << "/" << +size;
+    EXPECT_EQ(out, text);
   }
   ::testing::internal::CaptureStdout();
   char out[32] = "#";

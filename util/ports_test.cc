@@ -11,12 +11,11 @@
 namespace {
 
 TEST(PortLabels, LabelsNamesAndFixedAnswers) {
-  for (auto [index, label] : {std::pair<int, const char *>{0, "1"}, {7, "8"}, {8, "G1"}, {9, "G2"}, {10, "Trk1"},
+  for (auto [index, label] : {std::pair<int, std::string>{0, "1"}, {7, "8"}, {8, "G1"}, {9, "G2"}, {10, "Trk1"},
                               {13, "Trk4"}, {14, ""}, {-1, ""}}) {
-    char out[16];
-    std::memset(out, '#', sizeof out);
-    EXPECT_EQ(Ssys_getModulePortStr(index, out), static_cast<int>(std::strlen(label))) << index;
-    EXPECT_STREQ(out, label) << index;
+    char out[16] = "#";
+    EXPECT_EQ(Ssys_getModulePortStr(index, out), static_cast<int>(label.size()));
+    EXPECT_EQ(out, label) << index;
   }
   const char *first = Get_port_name(9);
   EXPECT_STREQ(first, "PORT10");
@@ -26,10 +25,8 @@ TEST(PortLabels, LabelsNamesAndFixedAnswers) {
   int module = -7, port = -7;
   EXPECT_EQ(Ssys_port2MdlPort(10, &module, &port), 0);
   EXPECT_EQ(module, -7);  // untouched
-  EXPECT_EQ(Ssys_port2MdlPort(9, &module, &port), 1);
-  EXPECT_EQ(module * 100 + port, 9);
-  EXPECT_EQ(Ssys_port2MdlPort(-1, &module, &port), 1);  // only the upper bound is checked
-  EXPECT_EQ(port, -1);
+  EXPECT_EQ(Ssys_port2MdlPort(9, &module, &port) * 1000 + module * 100 + port, 1009);
+  EXPECT_EQ(Ssys_port2MdlPort(-1, &module, &port) * 1000 + port, 999);  // only the upper bound is checked
 
   const uint16_t vids[] = {1, 5, 10, 4094};
   for (auto [vid, count, found] : {std::tuple{5, 4, 1}, {4094, 4, 1}, {6, 4, 0}, {4094, 3, 0}, {1, 0, 0}})
@@ -51,14 +48,10 @@ class PortStore : public ::testing::Test {
     SYSCOMMON_REQUIRE_ISOLATION();
     shm_init();
   }
-  // Ports 0..present-1 fitted: 10/100 copper, gigabit fibre for 8 and 9. Trunk members
-  // as (port, group 1..4) pairs.
+  // Ports 0..present-1 fitted; trunk members as (port, group 1..4) pairs.
   static void device(int present, std::initializer_list<std::pair<int, int>> members = {}) {
     ShmEepromInfo info{};
-    for (int p = 0; p < present; ++p) {
-      info.port[p].present = 1;
-      info.port[p].type = p >= 8 ? (1 | SHM_PORT_TYPE_FIBER) : 0;
-    }
+    for (int p = 0; p < present; ++p) info.port[p].present = 1;
     shm_sysSetEepromInfo(&info);
     uint32_t groups[10] = {};
     for (auto [port, trunk] : members) groups[port] = static_cast<uint32_t>(trunk);
@@ -68,8 +61,9 @@ class PortStore : public ::testing::Test {
     char out[128];
     std::memset(out, '#', sizeof out);
     int n = cli_lib_convBmp2PortNTrkStr(bitmap, out);
-    EXPECT_EQ(n, static_cast<int>(strnlen(out, sizeof out)));
-    return out;
+    std::string text(out, strnlen(out, sizeof out));
+    EXPECT_EQ(n, static_cast<int>(text.size()));
+    return text;
   }
 };
 
@@ -81,17 +75,13 @@ TEST_F(PortStore, HardwareQueriesReadTheBlockAt380) {
   entry(4)[1] = 1;     // present, 10/100 copper
   entry(9)[0] = 0x02;  // speed bits 2
   std::memcpy(entry(4) + 2, "uplink", 7);
-  struct Row {
-    int index, exists, speed, fibre, mega, giga;
-  };
-  for (const Row &r : {Row{2, 1, 1, 1, 0, 1}, {4, 1, 0, 0, 1, 0}, {3, 0, 0, 0, 1, 0}, {9, 1, 2, 0, 0, 0},
-                       {10, 0, 0, 0, 1, 0}, {-1, 0, 0, 0, 1, 0}}) {
-    SCOPED_TRACE(r.index);
-    EXPECT_EQ(Ssys_checkPortExist(r.index), r.exists);
-    EXPECT_EQ(Ssys_getPortMaxSpeed(r.index), r.speed);
-    EXPECT_EQ(Ssys_portIsFiber(r.index) != 0, r.fibre == 1);
-    EXPECT_EQ(Ssys_portIsMega(r.index), r.mega);
-    EXPECT_EQ(Ssys_portIsGiga(r.index), r.giga);
+  // index: exists, speed, fibre, 10/100, gigabit
+  for (auto [index, expected] : {std::pair<int, std::string>{2, "11101"}, {4, "10010"}, {3, "00010"},
+                                 {9, "12000"}, {10, "00010"}, {-1, "00010"}}) {
+    std::string got = std::to_string(Ssys_checkPortExist(index)) + std::to_string(Ssys_getPortMaxSpeed(index)) +
+                      std::to_string(Ssys_portIsFiber(index) != 0) + std::to_string(Ssys_portIsMega(index)) +
+                      std::to_string(Ssys_portIsGiga(index));
+    EXPECT_EQ(got, expected) << index;
   }
   char desc[32];
   EXPECT_EQ(Ssys_getModulePortDesc(4, desc), 6);
@@ -104,12 +94,12 @@ TEST_F(PortStore, DescriptionOfTransceiverSlots) {
   std::strcpy(info.port[0].desc, "100FX");
   info.port[8].type = info.port[9].type = 1 | SHM_PORT_TYPE_FIBER;
   std::strcpy(info.sfp_text[1], "SFP-LX 1310nm");
-  auto check = [&info](std::initializer_list<std::pair<int, const char *>> rows) {
+  auto check = [&info](std::initializer_list<std::pair<int, std::string>> rows) {
     shm_sysSetEepromInfo(&info);
     for (auto [index, text] : rows) {
       char out[32];
-      EXPECT_EQ(Ssys_getModulePortDesc(index, out), static_cast<int>(std::strlen(text))) << index;
-      EXPECT_STREQ(out, text) << index;
+      EXPECT_EQ(Ssys_getModulePortDesc(index, out), static_cast<int>(text.size()));
+      EXPECT_EQ(out, text) << index;
     }
   };
   check({{0, "100FX"}, {8, "SFP-LX 1310nm"}, {9, "N/A"}, {1, ""}, {14, ""}});  // 9 is past the two slots

@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "support/test_support.h"
@@ -10,50 +11,35 @@
 
 namespace {
 
-struct Check {
+struct Group {
   const char *what;
   int (*fn)(const char *);
-  const char *text;
-  int expected;
+  std::vector<std::pair<const char *, int>> rows;  // text, result
 };
-#define ROW(fn, text, expected) {#fn, fn, text, expected}
-
-const std::string kName32 = "a" + std::string(31, 'b');
-const std::string kName33 = kName32 + "c";
 
 TEST(TextChecks, Table) {
-  const Check rows[] = {
-      ROW(Ssys_CheckString, "Admin 1.0/x", 1), ROW(Ssys_CheckString, "a_b@c!d#e$f%g^h&i*j(k)l.m/n-o", 1),
-      ROW(Ssys_CheckString, "back\\slash", 1), ROW(Ssys_CheckString, "", -1), ROW(Ssys_CheckString, nullptr, -1),
-      ROW(Ssys_CheckString, "a,b", -1), ROW(Ssys_CheckString, "a:b", -1), ROW(Ssys_CheckString, "a\"b", -1),
-      ROW(Ssys_CheckString, "a+b", -1), ROW(Ssys_CheckString, "a\nb", -1), ROW(Ssys_CheckString, "a\tb", -1),
-      ROW(Ssys_CheckString_banner, "Welcome\r\nto the router\n", 1), ROW(Ssys_CheckString_banner, "tab\there", -1),
-      ROW(Ssys_CheckString_banner, "a,b\n", -1), ROW(Ssys_CheckString_banner, "", -1),
-      ROW(Ssys_CheckStringHostname, "a", -1), ROW(Ssys_CheckStringHostname, "a1", 2),
-      ROW(Ssys_CheckStringHostname, kName32.c_str(), 32), ROW(Ssys_CheckStringHostname, kName33.c_str(), -1),
-      ROW(Ssys_CheckStringHostname, "1abc", -1), ROW(Ssys_CheckStringHostname, "ab_c", -1),
-      ROW(Ssys_CheckStringHostname, "ab-", 3), ROW(Ssys_CheckStringHostname, nullptr, -1),
-      ROW(Ssys_CheckStringHostname, "ab\nzz", 2),  // the GNU interface anchors "$" before a line feed
-      ROW(Ssys_CheckStringSpecialchar, "pass word", -1), ROW(Ssys_CheckStringSpecialchar, "a+b", -1),
-      ROW(Ssys_CheckStringSpecialchar, "a_b", 1), ROW(Ssys_CheckStringSpecialchar, "", -1),
-      ROW(Ssys_CheckStringDigit, "A9", 1), ROW(Ssys_CheckStringDigit, "Ab", -1), ROW(Ssys_CheckStringDigit, nullptr, -1),
-      ROW(Ssys_CheckStringUppercase, "A9", 1), ROW(Ssys_CheckStringUppercase, "a9", -1),
-      ROW(Ssys_CheckStringLowercase, "xA", 1), ROW(Ssys_CheckStringLowercase, "A9", -1),
-      ROW(isValidIpAddress, "0.0.0.0", 1), ROW(isValidIpAddress, "255.255.255.255", 1),
-      ROW(isValidIpAddress, "192.168.1.256", 0), ROW(isValidIpAddress, "1.2.3", 0),
-      ROW(isValidIpAddress, "1.2.3.4 ", 0), ROW(isValidIpAddress, "01.2.3.4", 0), ROW(isValidIpAddress, nullptr, 0),
-      ROW(isNumber, "0123", 1), ROW(isNumber, "", 0), ROW(isNumber, "-1", 0), ROW(isNumber, "1 ", 0),
-      ROW(isNumber, "1.5", 0), ROW(isNumber, nullptr, 0),
-      ROW(month_str_to_int, "Jan", 1), ROW(month_str_to_int, "feb", 2), ROW(month_str_to_int, "MAR", 3),
-      ROW(month_str_to_int, "Apr", 4), ROW(month_str_to_int, "may", 5), ROW(month_str_to_int, "Jun", 6),
-      ROW(month_str_to_int, "Jul", 7), ROW(month_str_to_int, "Aug", 8), ROW(month_str_to_int, "Sep", 9),
-      ROW(month_str_to_int, "Oct", 10), ROW(month_str_to_int, "Nov", 11), ROW(month_str_to_int, "Dec", 12),
-      ROW(month_str_to_int, "Axe", 8), ROW(month_str_to_int, "Ja", 1), ROW(month_str_to_int, "J", 7),
-      ROW(month_str_to_int, "Mxr", 3), ROW(month_str_to_int, "Jxn", 6), ROW(month_str_to_int, "Xyz", 0),
-      ROW(month_str_to_int, "", 0), ROW(month_str_to_int, nullptr, 0),
+  const std::string name32 = "a" + std::string(31, 'b'), name33 = name32 + "c";
+  const Group groups[] = {
+      {"general", Ssys_CheckString, {{"Admin 1.0/x", 1}, {"a_b@c!d#e$f%g^h&i*j(k)l.m/n-o", 1}, {"back\\slash", 1},
+                                     {"", -1}, {nullptr, -1}, {"a,b", -1}, {"a:b", -1}, {"a\"b", -1}, {"a+b", -1},
+                                     {"a\nb", -1}, {"a\tb", -1}}},
+      {"banner", Ssys_CheckString_banner, {{"Welcome\r\nto the router\n", 1}, {"tab\there", -1}, {"a,b\n", -1}, {"", -1}}},
+      {"hostname", Ssys_CheckStringHostname, {{"a", -1}, {"a1", 2}, {name32.c_str(), 32}, {name33.c_str(), -1},
+                                              {"1abc", -1}, {"ab_c", -1}, {"ab-", 3}, {nullptr, -1},
+                                              {"ab\nzz", 2}}},  // the GNU interface anchors "$" before a line feed
+      {"special", Ssys_CheckStringSpecialchar, {{"pass word", -1}, {"a+b", -1}, {"a_b", 1}, {"", -1}}},
+      {"digit", Ssys_CheckStringDigit, {{"A9", 1}, {"Ab", -1}, {nullptr, -1}}},
+      {"upper", Ssys_CheckStringUppercase, {{"A9", 1}, {"a9", -1}}},
+      {"lower", Ssys_CheckStringLowercase, {{"xA", 1}, {"A9", -1}}},
+      {"ip", isValidIpAddress, {{"0.0.0.0", 1}, {"255.255.255.255", 1}, {"192.168.1.256", 0}, {"1.2.3", 0},
+                                {"1.2.3.4 ", 0}, {"01.2.3.4", 0}, {nullptr, 0}}},
+      {"number", isNumber, {{"0123", 1}, {"", 0}, {"-1", 0}, {"1 ", 0}, {"1.5", 0}, {nullptr, 0}}},
+      {"month", month_str_to_int, {{"Jan", 1}, {"feb", 2}, {"MAR", 3}, {"Apr", 4}, {"may", 5}, {"Jun", 6}, {"Jul", 7},
+                                   {"Aug", 8}, {"Sep", 9}, {"Oct", 10}, {"Nov", 11}, {"Dec", 12}, {"Axe", 8}, {"Ja", 1},
+                                   {"J", 7}, {"Mxr", 3}, {"Jxn", 6}, {"Xyz", 0}, {"", 0}, {nullptr, 0}}},
   };
-  for (const Check &r : rows)
-    EXPECT_EQ(r.fn(r.text), r.expected) << r.what << "(" << (r.text != nullptr ? r.text : "null") << ")";
+  for (const Group &g : groups)
+    for (auto [text, expected] : g.rows) EXPECT_EQ(g.fn(text), expected) << g.what << "(" << (text ? text : "null") << ")";
   for (char c : std::string("~!@#$%^&*-_|;:,.<>[]{}()")) EXPECT_EQ(Ssys_CheckStringSpecialchar(std::string(1, c).c_str()), 1) << c;
 }
 
@@ -89,17 +75,14 @@ TEST(TextChecks, BytesAndCharacters) {
 }
 
 TEST(TextEdits, Trimming) {
-  struct Row {
-    const char *in, *space_out, *cr_out;
-  };
-  const Row rows[] = {{"  ab  ", "ab", "  ab  "}, {"\r\nab\r\n", "\r\nab\r\n", "ab"}, {"", "", ""},
-                      {"    ", "", "    "},     {"\n\r\n", "\n\r\n", ""},          {"\ta b\t", "\ta b\t", "\ta b\t"}};
-  for (const Row &r : rows) {
-    std::string a = r.in, b = r.in;
-    EXPECT_EQ(Ssys_stripspace(a.data()), static_cast<int>(a.size())) << r.in;
-    EXPECT_STREQ(a.c_str(), r.space_out);
-    EXPECT_EQ(Ssys_stripCR(b.data()), static_cast<int>(b.size())) << r.in;
-    EXPECT_STREQ(b.c_str(), r.cr_out);
+  for (auto [in, space_out, cr_out] :
+       {std::tuple<std::string, const char *, const char *>{"  ab  ", "ab", "  ab  "}, {"\r\nab\r\n", "\r\nab\r\n", "ab"},
+        {"", "", ""}, {"    ", "", "    "}, {"\n\r\n", "\n\r\n", ""}, {"\ta b\t", "\ta b\t", "\ta b\t"}}) {
+    std::string a = in, b = in;
+    EXPECT_EQ(Ssys_stripspace(a.data()), static_cast<int>(in.size())) << in;
+    EXPECT_STREQ(a.c_str(), space_out);
+    EXPECT_EQ(Ssys_stripCR(b.data()), static_cast<int>(in.size())) << in;
+    EXPECT_STREQ(b.c_str(), cr_out);
   }
 }
 
@@ -108,22 +91,16 @@ TEST(TextEdits, CaseAppendAndTokens) {
   EXPECT_STREQ(toUpper(text), "MIXED CASE 123_Z");
   EXPECT_STREQ(toLower(text), "mixed case 123_z");
 
-  struct Row {
-    const char *start, *add;
-    int size;
-    std::string after;  // all 8 bytes of the buffer
-  };
-  const Row rows[] = {{"ab", "cd", 8, std::string("abcd\0###", 8)},
-                      {"ab", "cdefg", 8, std::string("abcdefg\0", 8)},
-                      {"abcde", "xyz", 8, "abcdexyz"},  // would reach 8: no terminator
-                      {"abcdef", "uvwxyz", 8, "abcdefuv"},
-                      {"abcde", "zz", 5, std::string("abcde\0##", 8)}};  // already holds `size`
-  for (const Row &r : rows) {
+  using namespace std::string_literals;
+  for (auto [start, add, size, after] :  // `after`: all 8 bytes of the buffer
+       {std::tuple<const char *, const char *, int, std::string>{"ab", "cd", 8, "abcd\0###"s},
+        {"ab", "cdefg", 8, "abcdefg\0"s}, {"abcde", "xyz", 8, "abcdexyz"},  // would reach 8: no terminator
+        {"abcdef", "uvwxyz", 8, "abcdefuv"}, {"abcde", "zz", 5, "abcde\0##"s}}) {  // already holds `size`
     char buf[8];
     std::memset(buf, '#', sizeof buf);
-    std::strcpy(buf, r.start);
-    append_str(buf, r.add, r.size);
-    EXPECT_EQ(std::string(buf, 8), r.after) << r.start << "+" << r.add;
+    std::strcpy(buf, start);
+    append_str(buf, add, size);
+    EXPECT_EQ(std::string(buf, 8), after) << start << "+" << add;
   }
 
   char list[] = "a,b;;c";
