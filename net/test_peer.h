@@ -3,12 +3,14 @@
 #ifndef SYSCOMMON_NET_TEST_PEER_H
 #define SYSCOMMON_NET_TEST_PEER_H
 
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <optional>
 #include <span>
@@ -22,25 +24,32 @@ namespace syscommon::net::testing {
 // A path under the (simulated) RAM disk.
 inline std::string ram(const std::string &rel) { return ::syscommon::testing::sim_path("/mnt/ramdisk/" + rel); }
 
+// Header of a full datagram as text: seq, type, command, count, more, tag, record size.
+inline std::string head(unsigned seq, unsigned type, unsigned command, unsigned count, unsigned more, unsigned tag,
+                        uint32_t record_size, std::size_t length = 4108, unsigned reserved = 0) {
+  char text[128];
+  std::snprintf(text, sizeof text, "%zu bytes: seq %u type %u cmd %u count %u more %u res %u tag %u size %u", length,
+                seq, type, command, count, more, reserved, tag, record_size);
+  return text;
+}
+
 struct Datagram {
-  std::vector<uint8_t> bytes;
+  std::vector<uint8_t> bytes = std::vector<uint8_t>(4108, 0xff);  // a missing datagram
   std::string from;  // sender's bound path, empty for an unbound sender
 
   uint8_t seq() const { return bytes.at(0); }
-  uint8_t type() const { return bytes.at(1); }
-  uint8_t command() const { return bytes.at(2); }
-  uint8_t count() const { return bytes.at(3); }
-  uint8_t more() const { return bytes.at(4); }
-  uint8_t tag() const { return bytes.at(7); }
-  uint32_t record_size() const {
-    uint32_t v;
-    std::memcpy(&v, bytes.data() + 8, 4);
-    return v;
-  }
   const uint8_t *data() const { return bytes.data() + 12; }
-  // True when every byte of the data area from `from` on is zero.
-  bool zero_from(std::size_t from) const {
-    for (std::size_t i = 12 + from; i < bytes.size(); ++i)
+  std::string head() const {
+    uint32_t size = 0;
+    if (bytes.size() >= 12) std::memcpy(&size, bytes.data() + 8, 4);
+    return testing::head(bytes.at(0), bytes.at(1), bytes.at(2), bytes.at(3), bytes.at(4), bytes.at(7), size,
+                         bytes.size(), bytes.at(5) | bytes.at(6));
+  }
+  // The data area holds `records` and zeros after them.
+  bool carries(std::span<const uint8_t> records) const {
+    if (bytes.size() != 4108) return false;
+    if (!records.empty() && std::memcmp(data(), records.data(), records.size()) != 0) return false;
+    for (std::size_t i = 12 + records.size(); i < bytes.size(); ++i)
       if (bytes[i] != 0) return false;
     return true;
   }
@@ -60,11 +69,25 @@ inline std::vector<uint8_t> datagram(uint8_t seq, uint8_t type, uint8_t command,
   return b;
 }
 
+inline std::vector<uint8_t> word(int32_t v) {
+  std::vector<uint8_t> b(4);
+  std::memcpy(b.data(), &v, 4);
+  return b;
+}
+
 // Records 0..n-1 of `size` bytes, record i filled with the byte (base + i).
 inline std::vector<uint8_t> records(int n, std::size_t size, uint8_t base = 1) {
   std::vector<uint8_t> v(static_cast<std::size_t>(n) * size);
   for (int i = 0; i < n; ++i) std::memset(v.data() + i * size, static_cast<uint8_t>(base + i), size);
   return v;
+}
+
+// What `f` prints on standard output.
+template <class F>
+std::string stdout_of(F &&f) {
+  ::testing::internal::CaptureStdout();
+  f();
+  return ::testing::internal::GetCapturedStdout();
 }
 
 class Peer {
@@ -88,7 +111,6 @@ class Peer {
   Peer &operator=(const Peer &) = delete;
 
   bool ok() const { return fd_ >= 0; }
-  const std::string &path() const { return path_; }
 
   std::optional<Datagram> receive(int timeout_ms = 3000) const {
     pollfd p{fd_, POLLIN, 0};
@@ -103,6 +125,8 @@ class Peer {
     if (len > sizeof(sa_family_t)) d.from = from.sun_path;
     return d;
   }
+  // The next datagram, or the all-0xff stand-in when none comes.
+  Datagram next(int timeout_ms = 3000) const { return receive(timeout_ms).value_or(Datagram{}); }
 
   bool send(const std::string &to, const std::vector<uint8_t> &bytes) const {
     sockaddr_un a = address(to);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <tuple>
 
 #include "support/test_support.h"
 #include "syscommon/net.h"
@@ -12,33 +13,22 @@
 namespace {
 
 constexpr uint32_t kRecordSize = 16;
-uint8_t server_buffer[NET_MSG_DATA_SIZE * 2];
-InterfaceSocket *server_recv = nullptr;
+uint8_t server_buffer[NET_MSG_DATA_SIZE];
+InterfaceSocket server_recv{}, server_send{};
 int32_t reply_count = 0;
 bool stop_serving = false;
 
-// Answers command c with (c % 5) records of 16 bytes, each record's bytes = c, followed by
-// the request's sequence. Command 0 or a silent client ends the daemon.
+// Answers command c with (c % 5) records of 16 bytes, each filled with c and ending in the
+// request's sequence. Command 0 or a silent client ends the daemon after this answer.
 int32_t *produce(int records_in) {
-  const uint8_t command = server_recv->last_command;
+  const uint8_t command = server_recv.last_command;
   stop_serving = records_in < 0 || command == 0;
   reply_count = command % 5;
   for (int i = 0; i < reply_count; ++i) {
     std::memset(server_buffer + i * kRecordSize, command, kRecordSize);
-    server_buffer[i * kRecordSize + kRecordSize - 1] = server_recv->seq;
+    server_buffer[i * kRecordSize + kRecordSize - 1] = server_recv.seq;
   }
   return &reply_count;
-}
-
-[[noreturn]] void run_daemon() {
-  InterfaceSocket recv{}, send{};
-  timeval budget{5, 0};
-  if (net_OpenSocketToInterface_RecvTO(&recv, "socket/xproc-daemon", &budget) != 0) _exit(2);
-  if (net_OpenSocketToInterface_Send(&send, "socket/xproc-client", 0) != 1) _exit(3);
-  send.record_size = kRecordSize;
-  server_recv = &recv;
-  while (!stop_serving) net_Web_CTL_Recv_And_Send_Data(&send, &recv, server_buffer, produce);
-  _exit(0);
 }
 
 TEST(NetCrossProcess, RequestsAcrossTheSequenceWrapGetTheirOwnReplies) {
@@ -47,9 +37,17 @@ TEST(NetCrossProcess, RequestsAcrossTheSequenceWrapGetTheirOwnReplies) {
   timeval budget{3, 0};
   ASSERT_EQ(net_OpenSocketToInterface_RecvTO(&recv, "socket/xproc-client", &budget), 0);
   std::fflush(stdout);
-  pid_t pid = fork();
+  const pid_t pid = fork();
   ASSERT_GE(pid, 0);
-  if (pid == 0) run_daemon();
+  if (pid == 0) {
+    timeval daemon_budget{5, 0};
+    if (net_OpenSocketToInterface_RecvTO(&server_recv, "socket/xproc-daemon", &daemon_budget) != 0 ||
+        net_OpenSocketToInterface_Send(&server_send, "socket/xproc-client", 0) != 1)
+      _exit(2);
+    server_send.record_size = kRecordSize;
+    while (!stop_serving) net_Web_CTL_Recv_And_Send_Data(&server_send, &server_recv, server_buffer, produce);
+    _exit(0);
+  }
   ASSERT_EQ(net_OpenSocketToInterface_Send(&send, "socket/xproc-daemon", 0), 1);
   // The daemon binds after the fork; wait for its socket file.
   const std::string daemon_path = syscommon::testing::sim_path("/mnt/ramdisk/socket/xproc-daemon");
@@ -57,19 +55,17 @@ TEST(NetCrossProcess, RequestsAcrossTheSequenceWrapGetTheirOwnReplies) {
 
   net_seq_counter = 0;
   for (int n = 1; n <= 300; ++n) {
-    const uint8_t command = static_cast<uint8_t>(n % 250 + 1);
-    const uint8_t expected_seq = static_cast<uint8_t>((n - 1) % 255 + 1);
+    const uint8_t command = static_cast<uint8_t>(n % 250 + 1), seq = static_cast<uint8_t>((n - 1) % 255 + 1);
     uint8_t buffer[5 * kRecordSize] = {};
     ASSERT_EQ(net_Web_CTL_Send_And_Recv_Data(&send, &recv, command, buffer, 0), command % 5) << n;
-    EXPECT_EQ(recv.seq, expected_seq) << n;
-    EXPECT_EQ(recv.last_command, command);
-    EXPECT_EQ(recv.type_offset, NET_TYPE_DATA);
-    for (int r = 0; r < command % 5; ++r) {
-      EXPECT_EQ(buffer[r * kRecordSize], command) << n;
-      EXPECT_EQ(buffer[r * kRecordSize + kRecordSize - 1], expected_seq) << n;
-    }
+    EXPECT_EQ(std::tuple(recv.seq, recv.last_command, recv.type_offset, recv.record_size),
+              std::tuple(seq, command, uint32_t{NET_TYPE_DATA}, kRecordSize))
+        << n;
+    for (int r = 0; r < command % 5; ++r)
+      EXPECT_EQ(std::tuple(buffer[r * kRecordSize], buffer[r * kRecordSize + kRecordSize - 1]),
+                std::tuple(command, seq))
+          << n;
   }
-  EXPECT_EQ(net_seq_counter, 300 - 255);
   uint8_t last[4];
   EXPECT_EQ(net_Web_CTL_Send_And_Recv_Data(&send, &recv, 0, last, 0), 0);
   int status = 0;
