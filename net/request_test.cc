@@ -163,8 +163,8 @@ TEST_F(NetRequestTest, DataRequestIsChunkedByTheCallersCountAndMatchedByTheEndpo
     for (std::size_t i = 0; i < reqs.size(); ++i) {
       const auto [count, more] = c.sent[i];
       EXPECT_EQ(reqs[i].head(), head(seq, 2, 3, count, more, 0, 999)) << i;
-      EXPECT_TRUE(reqs[i].carries({data.data() + offset, count * 8u})) << i;
-      offset += count * 8u;
+      EXPECT_TRUE(reqs[i].carries({data.data() + offset, std::size_t(count) * 8})) << i;
+      offset += std::size_t(count) * 8;
     }
     ClearSocket(&recv_);
   }
@@ -176,7 +176,8 @@ TEST_F(NetRequestTest, ConfirmedTransferToTheMainDaemonReachesWexeAndReadsTheWor
   ASSERT_EQ(net_OpenSocketToInterface_Send(&to_main, "socket/lumen168-socket", 0), 1);
   const auto data = records(50, 100, 1);  // 40 records a datagram
   // Daemon's word (none = silent) -> result.
-  for (const auto &[answer, result] : {std::pair<int, int>{0, 1}, {5, 4108}, {-1, 4108}}) {
+  for (const auto &[word_sent, result] : {std::pair<int, int>{0, 1}, {5, 4108}, {-1, 4108}}) {
+    const int answer = word_sent;
     SCOPED_TRACE(answer);
     const uint8_t seq = next_seq();
     Datagram first, second;
@@ -227,7 +228,7 @@ TEST_F(NetRequestTest, OlderHelpersBindAddressAndGatherTheOlderFraming) {
   std::memcpy(second + 2, recs.data() + 8, 4);
   for (const uint8_t *d : {first, second})
     ASSERT_EQ(sendto(cfd, d, 4096, 0, reinterpret_cast<sockaddr *>(&to), to_len), 4096);
-  std::vector<uint8_t> buffer(5 * 4, 0xee);
+  std::vector<uint8_t> buffer(20, 0xee);  // 5 records of 4
   EXPECT_EQ(RecvData(&fd, 0, nullptr, nullptr, buffer.data(), 4, 5), 3);
   EXPECT_TRUE(std::equal(recs.begin(), recs.end(), buffer.begin()));
   EXPECT_TRUE(std::all_of(buffer.begin() + 12, buffer.end(), [](uint8_t b) { return b == 0; }));
@@ -246,7 +247,7 @@ TEST_F(NetRequestTest, SelectAndRecvWaitsThroughSilence) {
     std::this_thread::sleep_for(std::chrono::milliseconds(250));
     reply(datagram(1, 1, 1, 2, 0, 4, records(2, 4, 0x50)));
   });
-  std::vector<uint8_t> buffer(4 * 4, 0xee);
+  std::vector<uint8_t> buffer(16, 0xee);  // 4 records of 4
   int status = 0;
   EXPECT_EQ(stdout_of([&] {
               EXPECT_EQ(Select_And_Recv_From_Socket(&recv_, buffer.data(), 4, 4, count_round, &status), 2);

@@ -78,7 +78,7 @@ inline std::vector<uint8_t> word(int32_t v) {
 // Records 0..n-1 of `size` bytes, record i filled with the byte (base + i).
 inline std::vector<uint8_t> records(int n, std::size_t size, uint8_t base = 1) {
   std::vector<uint8_t> v(static_cast<std::size_t>(n) * size);
-  for (int i = 0; i < n; ++i) std::memset(v.data() + i * size, static_cast<uint8_t>(base + i), size);
+  for (int i = 0; i < n && size != 0; ++i) std::memset(v.data() + i * size, static_cast<uint8_t>(base + i), size);
   return v;
 }
 

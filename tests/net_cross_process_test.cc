@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr uint32_t kRecordSize = 16;
+constexpr std::size_t kRecordSize = 16;
 uint8_t server_buffer[NET_MSG_DATA_SIZE];
 InterfaceSocket server_recv{}, server_send{};
 int32_t reply_count = 0;
@@ -24,7 +24,7 @@ int32_t *produce(int records_in) {
   const uint8_t command = server_recv.last_command;
   stop_serving = records_in < 0 || command == 0;
   reply_count = command % 5;
-  for (int i = 0; i < reply_count; ++i) {
+  for (std::size_t i = 0; i < std::size_t(reply_count); ++i) {
     std::memset(server_buffer + i * kRecordSize, command, kRecordSize);
     server_buffer[i * kRecordSize + kRecordSize - 1] = server_recv.seq;
   }
@@ -44,7 +44,7 @@ TEST(NetCrossProcess, RequestsAcrossTheSequenceWrapGetTheirOwnReplies) {
     if (net_OpenSocketToInterface_RecvTO(&server_recv, "socket/xproc-daemon", &daemon_budget) != 0 ||
         net_OpenSocketToInterface_Send(&server_send, "socket/xproc-client", 0) != 1)
       _exit(2);
-    server_send.record_size = kRecordSize;
+    server_send.record_size = uint32_t{kRecordSize};
     while (!stop_serving) net_Web_CTL_Recv_And_Send_Data(&server_send, &server_recv, server_buffer, produce);
     _exit(0);
   }
@@ -59,9 +59,9 @@ TEST(NetCrossProcess, RequestsAcrossTheSequenceWrapGetTheirOwnReplies) {
     uint8_t buffer[5 * kRecordSize] = {};
     ASSERT_EQ(net_Web_CTL_Send_And_Recv_Data(&send, &recv, command, buffer, 0), command % 5) << n;
     EXPECT_EQ(std::tuple(recv.seq, recv.last_command, recv.type_offset, recv.record_size),
-              std::tuple(seq, command, uint32_t{NET_TYPE_DATA}, kRecordSize))
+              std::tuple(seq, command, uint32_t{NET_TYPE_DATA}, uint32_t{kRecordSize}))
         << n;
-    for (int r = 0; r < command % 5; ++r)
+    for (std::size_t r = 0; r < command % 5u; ++r)
       EXPECT_EQ(std::tuple(buffer[r * kRecordSize], buffer[r * kRecordSize + kRecordSize - 1]),
                 std::tuple(command, seq))
           << n;
