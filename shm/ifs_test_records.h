@@ -1,31 +1,31 @@
 // Test helpers: interface, VLAN, bridge, zone-bridge and port records written straight
-// into the system segment at their documented byte offsets, bypassing the library.
+// into the system segment at their documented byte offsets, bypassing the library, and
+// the fixture of the interface tests.
 #ifndef SYSCOMMON_SHM_IFS_TEST_RECORDS_H
 #define SYSCOMMON_SHM_IFS_TEST_RECORDS_H
 
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "support/test_support.h"
+#include "syscommon/shm.h"
 
 namespace syscommon::testing {
 
 // An IPv4 address as stored: network byte order, a.b.c.d in memory order.
 inline uint32_t ip4(unsigned a, unsigned b, unsigned c, unsigned d) {
-  uint8_t bytes[4] = {uint8_t(a), uint8_t(b), uint8_t(c), uint8_t(d)};
+  const uint8_t bytes[4] = {uint8_t(a), uint8_t(b), uint8_t(c), uint8_t(d)};
   uint32_t v;
   std::memcpy(&v, bytes, 4);
   return v;
 }
 
-constexpr std::size_t kWanAt = 448, kWanSize = 64;
-constexpr std::size_t kVlanAt = 1472, kVlanSize = 92;
-constexpr std::size_t kBridgeAt = 2944, kBridgeSize = 88;
-constexpr std::size_t kZoneAt = 3296, kZoneSize = 660;
+constexpr std::size_t kWanAt = 448, kVlanAt = 1472, kBridgeAt = 2944, kZoneAt = 3296;
 constexpr std::size_t kVlanInfoAt = 5936, kPlanAt = 6224, kPortMemberAt = 6336;
-constexpr std::size_t kTrunkGroupAt = 7048, kTrunkMaskAt = 7088;
 
 class SysSegmentWriter : public RawSegment {
  public:
@@ -33,58 +33,65 @@ class SysSegmentWriter : public RawSegment {
 
   void put_text(std::size_t off, const std::string &s) {
     std::memset(bytes() + off, 0, 32);
-    std::memcpy(bytes() + off, s.data(), s.size() < 32 ? s.size() : 32);
+    std::memcpy(bytes() + off, s.data(), std::min<std::size_t>(s.size(), 32));
+  }
+  // Puts consecutive u32 words from `off` on.
+  void put_words(std::size_t off, std::initializer_list<uint32_t> words) {
+    for (uint32_t w : words) put_u32(std::exchange(off, off + 4), w);
   }
   void wan(int w, uint32_t vid, const std::string &ifname, uint32_t ip = 0, uint32_t mask = 0, uint32_t link = 0,
            uint32_t gw = 0, uint32_t conn = 0) {
-    std::size_t r = kWanAt + kWanSize * w;
-    put_u32(r + 0, conn);
-    put_u32(r + 4, link);
-    put_u32(r + 8, ip);
-    put_u32(r + 12, mask);
-    put_u32(r + 16, gw);
-    put_u32(r + 20, vid);
-    put_text(r + 24, ifname);
+    put_words(kWanAt + 64 * w, {conn, link, ip, mask, gw, vid});
+    put_text(kWanAt + 64 * w + 24, ifname);
   }
   void vlan(int i, uint32_t vid, const std::string &ifname, const std::string &usr, uint32_t ip = 0,
             uint32_t mask = 0, uint32_t link = 0) {
-    std::size_t r = kVlanAt + kVlanSize * i;
+    std::size_t r = kVlanAt + 92 * i;
     put_text(r, ifname);
     put_text(r + 32, usr);
-    put_u32(r + 64, vid);
-    put_u32(r + 68, ip);
-    put_u32(r + 72, mask);
+    put_words(r + 64, {vid, ip, mask});
     put_u32(r + 84, link);
   }
   void bridge(int b, uint32_t id, const std::string &ifname, const std::string &usr, uint32_t ip, uint8_t enable,
               uint32_t link = 0) {
-    std::size_t r = kBridgeAt + kBridgeSize * b;
+    std::size_t r = kBridgeAt + 88 * b;
     put_text(r, ifname);
     put_text(r + 32, usr);
-    put_u32(r + 64, id);
-    put_u32(r + 68, ip);
-    bytes()[r + 76] = enable;
-    put_u32(r + 80, link);
+    put_words(r + 64, {id, ip, 0, enable, link});  // the enable byte is the first of its word
   }
   void zone(int z, uint32_t id, const std::string &ifname, const std::string &usr, uint32_t ip, uint8_t enable,
             std::initializer_list<std::pair<int32_t, const char *>> members = {}) {
-    std::size_t r = kZoneAt + kZoneSize * z;
+    std::size_t r = kZoneAt + 660 * z;
     put_text(r, ifname);
     put_text(r + 32, usr);
-    put_u32(r + 64, id);
-    put_u32(r + 68, ip);
-    bytes()[r + 76] = enable;
-    int j = 0;
+    put_words(r + 64, {id, ip, 0, enable});
+    std::size_t j = 0;
     for (const auto &[vid, name] : members) {
       put_u32(r + 84 + 4 * j, static_cast<uint32_t>(vid));
-      put_text(r + 148 + 32 * j, name);
-      ++j;
+      put_text(r + 148 + 32 * j++, name);
     }
   }
   void port(int p, uint16_t pvid, uint16_t in_use = 0) {
     put_u16(kPlanAt + 8 * p, pvid);
     put_u16(kPlanAt + 8 * p + 6, in_use);
   }
+};
+
+// The command that tells the kernel side about one interface.
+inline std::string ifs_line(const std::string &text) {
+  return "echo \"" + text + "\" > " + sim_path("/proc/tarn/ifsInfo");
+}
+
+// Fixture of the interface tests: a clean store, an empty trace, `seg` on the system segment.
+class IfsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    SYSCOMMON_REQUIRE_ISOLATION();
+    shm_init();
+    clear_trace();
+    seg.emplace();
+  }
+  std::optional<SysSegmentWriter> seg;
 };
 
 }  // namespace syscommon::testing

@@ -24,50 +24,36 @@ TEST_F(RedundancyTest, ConfigLandsAtOffsetFourAndRingPortsAreFound) {
   cfg.rest[3] = 0x99;
   shm_rl2SetConfig(&cfg);
   RawSegment raw(7891);
-  EXPECT_EQ(raw.u32(4), 1u);
-  EXPECT_EQ(raw.bytes()[8], 1);    // ring 1 enabled
-  EXPECT_EQ(raw.bytes()[16], 3);   // ring 1 first port
-  EXPECT_EQ(raw.bytes()[17], 4);   // ring 1 second port
-  EXPECT_EQ(raw.bytes()[18], 1);   // ring 2 enabled
-  EXPECT_EQ(raw.bytes()[26], 7);
-  EXPECT_EQ(raw.bytes()[31], 0x99);
+  // Enabled word at 4; ring records at 8 and 18 (enabled byte, ports at +8 and +9).
+  EXPECT_EQ(std::vector<int>({int(raw.u32(4)), raw.bytes()[8], raw.bytes()[16], raw.bytes()[17], raw.bytes()[18],
+                              raw.bytes()[26], raw.bytes()[27], raw.bytes()[31]}),
+            std::vector<int>({1, 1, 3, 4, 1, 7, 3, 0x99}));
+  ShmRedundancy all{};
+  shm_rdndntGetAll(&all);
+  EXPECT_EQ(std::memcmp(&all, raw.bytes(), 40), 0);
 
-  EXPECT_EQ(Srdndnt_isRedundantPort(3), 1);  // ring 1 wins over ring 2's second port
-  EXPECT_EQ(Srdndnt_isRedundantPort(4), 1);
-  EXPECT_EQ(Srdndnt_isRedundantPort(7), 2);
-  EXPECT_EQ(shm_rdndntIsRl2RingPort(6), 2);  // 0-based port 6 is port 7
-  EXPECT_EQ(Srdndnt_isRedundantPort(5), 0);
-
+  // Ports counted from 1; shm_rdndntIsRl2RingPort counts from 0.
+  EXPECT_EQ(shm_rdndntIsRl2RingPort(6), 2);
+  const std::pair<int, int> both_rings[] = {{3, 1}, {4, 1}, {7, 2}, {5, 0}};  // ring 1 is asked first
+  for (const auto &[port, ring] : both_rings) EXPECT_EQ(Srdndnt_isRedundantPort(port), ring) << port;
   raw.bytes()[8] = 0;  // ring 1 disabled: port 3 now found on ring 2
   EXPECT_EQ(Srdndnt_isRedundantPort(3), 2);
   EXPECT_EQ(Srdndnt_isRedundantPort(4), 0);
   raw.put_u32(4, 0);  // Rapid Loop v2 disabled
   EXPECT_EQ(Srdndnt_isRedundantPort(7), 0);
-
-  ShmRedundancy all{};
-  shm_rdndntGetAll(&all);
-  EXPECT_EQ(all.rl2.ring[1].port1, 7);
-  EXPECT_EQ(std::memcmp(&all, raw.bytes(), 40), 0);
 }
 
 TEST_F(RedundancyTest, TimeZoneConversionsShiftTheCallersValue) {
-  struct Case {
-    int index;
-    long offset;
-  };
-  for (Case c : {Case{0, -43200}, Case{16, -12600}, Case{21, 0}, Case{46, 28800}, Case{53, 34200},
-                 Case{62, 43200}}) {
-    SCOPED_TRACE(c.index);
-    shm_set_timezone(c.index);
-    time_t t = 1000000;
+  const std::pair<int, long> cases[] = {{0, -43200}, {16, -12600}, {21, 0}, {46, 28800}, {53, 34200}, {62, 43200}};
+  for (const auto &[index, offset] : cases) {
+    shm_set_timezone(index);
+    time_t t = 1000000, g = 1000000;
     struct tm *tm = tarn_localtime(&t);
-    EXPECT_EQ(t, 1000000 + c.offset);
+    EXPECT_EQ(t, 1000000 + offset) << index;
     ASSERT_NE(tm, nullptr);
-    time_t expect = 1000000 + c.offset;
-    EXPECT_EQ(tm->tm_hour, gmtime(&expect)->tm_hour);
-    time_t g = 1000000;
+    EXPECT_EQ(tm->tm_hour, (1000000 + offset) / 3600 % 24) << index;
     tarn_Gmttime(&g);
-    EXPECT_EQ(g, 1000000 - c.offset);
+    EXPECT_EQ(g, 1000000 - offset) << index;
   }
 }
 

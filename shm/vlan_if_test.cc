@@ -1,6 +1,6 @@
 // Writers of the VLAN interface table: bytes at the documented offsets, the ifsInfo
 // commands (in order, and whether the system segment's lock is held while they run),
-// member masks, the port VLAN plan bounds, whole-table copies and the CPU-port segment.
+// member masks, the port VLAN plan bounds and the CPU-port segment.
 #include <fcntl.h>
 #include <sys/sem.h>
 #include <sys/stat.h>
@@ -17,113 +17,76 @@ using namespace syscommon::testing;
 
 namespace {
 
-ShmVlanIfConfig vlan_cfg(uint32_t vid, const char *usr, uint32_t ip = 0, uint32_t mask = 0) {
+ShmVlanIfConfig vlan_cfg(uint32_t vid, const std::string &usr, uint32_t ip = 0, uint32_t mask = 0) {
   ShmVlanIfConfig c{};
   c.vid = vid;
   c.ip = ip;
   c.mask = mask;
   c.attribute = 0xA0 + vid;
   c.routing = vid % 2;
-  std::strncpy(c.usr_name, usr, sizeof c.usr_name - 1);
+  std::strncpy(c.usr_name, usr.c_str(), sizeof c.usr_name - 1);
   return c;
 }
 
-std::string ifs_line(const std::string &text) { return "echo \"" + text + "\" > " + sim_path("/proc/tarn/ifsInfo"); }
-
-// Stands in for the kernel entry with a FIFO. When the reader's open returns, a command's
-// shell has just opened the FIFO, so the system segment's semaphore (1492) sampled then
-// shows whether the lock was held during that command. Only the sample of the last
-// command may come late, after the setter has returned; and a command that starts while
-// the reader still has the FIFO open goes unsampled. The lines themselves are checked in
-// the trace.
-class LockWitness {
- public:
-  LockWitness() : path_(sim_path("/proc/tarn/ifsInfo")) {
-    unlink(path_.c_str());
-    EXPECT_EQ(mkfifo(path_.c_str(), 0600), 0);
-    reader_ = std::thread([this] {
-      for (;;) {
-        int fd = open(path_.c_str(), O_RDONLY);
-        bool held = semctl(semget(1492, 1, 0), 0, GETVAL) == 0;
-        char buf[256];
-        ssize_t total = 0;
-        for (ssize_t n; (n = read(fd, buf, sizeof buf)) > 0;) total += n;
-        close(fd);
-        if (total > 0) held_.push_back(held);  // else: stop() waking the reader
-        if (total == 0 && done_) break;
-      }
-      exited_ = true;
-    });
-  }
-  ~LockWitness() { stop(); }
-  // Ends the reader; one entry per sampled command: was the lock held.
-  std::vector<bool> stop() {
-    if (reader_.joinable()) {
-      done_ = true;
-      while (!exited_) {  // wakes the reader wherever it waits
-        int fd = open(path_.c_str(), O_WRONLY | O_NONBLOCK);
-        if (fd >= 0) close(fd);
-        usleep(1000);
-      }
-      reader_.join();
-      unlink(path_.c_str());
+// Runs `setter` with the kernel entry replaced by a FIFO. Each time a command's shell opens
+// it, the system segment's semaphore (1492) is sampled: was the lock held while that command
+// ran. Only the last sample may come after the setter has returned, and commands that open
+// the FIFO while the reader still has it open share one sample.
+std::vector<bool> lock_samples(long commands, const std::function<void()> &setter) {
+  const std::string path = sim_path("/proc/tarn/ifsInfo");
+  unlink(path.c_str());
+  EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+  std::vector<bool> held;
+  std::atomic<bool> done{false};
+  std::thread reader([&] {
+    for (long seen = 0; seen < commands;) {
+      int fd = open(path.c_str(), O_RDONLY);
+      held.push_back(semctl(semget(1492, 1, 0), 0, GETVAL) == 0);
+      char buf[256];
+      for (ssize_t n; (n = read(fd, buf, sizeof buf)) > 0;) seen += std::count(buf, buf + n, '\n');
+      close(fd);
     }
-    return held_;
+    done = true;
+  });
+  setter();
+  while (!done) {  // after a setter that ran too few commands (the trace tells): end the reader
+    int fd = open(path.c_str(), O_WRONLY | O_NONBLOCK);
+    if (fd >= 0) {
+      (void)!write(fd, "\n", 1);
+      close(fd);
+    }
+    usleep(1000);
   }
-
- private:
-  std::string path_;
-  std::vector<bool> held_;
-  std::atomic<bool> done_{false};
-  std::atomic<bool> exited_{false};
-  std::thread reader_;
-};
-
-// True when every sample but the last (which may come after the setter returned) says
-// the lock was held.
-bool held_throughout(std::vector<bool> held) {
-  if (held.empty()) return false;
-  held.pop_back();
-  return std::count(held.begin(), held.end(), false) == 0;
+  reader.join();
+  unlink(path.c_str());
+  return held;
 }
 
-class VlanIfTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    SYSCOMMON_REQUIRE_ISOLATION();
-    shm_init();
-    clear_trace();
-  }
-};
+using VlanIfTest = IfsTest;
 
 TEST_F(VlanIfTest, BulkSetterFillsEveryRecordAndPublishesEachInOrder) {
-  SysSegmentWriter seg;
-  seg.put_u32(kVlanAt + 92 * 2 + 80, 0x3c);  // member mask and link belong to the daemon
-  seg.put_u32(kVlanAt + 92 * 2 + 84, 1);
+  seg->put_u32(kVlanAt + 92 * 2 + 80, 0x3c);  // member mask and link belong to the daemon
+  seg->put_u32(kVlanAt + 92 * 2 + 84, 1);
   ShmVlanIfConfig recs[16];
-  for (int i = 0; i < 16; ++i) recs[i] = vlan_cfg(static_cast<uint32_t>(10 + i), ("v" + std::to_string(i)).c_str());
+  std::vector<std::string> want;
+  for (uint32_t i = 0; i < 16; ++i) {
+    recs[i] = vlan_cfg(10 + i, "v" + std::to_string(i));
+    want.push_back(ifs_line(std::to_string(i + 1) + "-eth0." + std::to_string(10 + i) + "-v" + std::to_string(i) +
+                            "-" + std::to_string(10 + i)));
+  }
   recs[0] = vlan_cfg(1, "lan1", ip4(192, 168, 1, 254), ip4(255, 255, 255, 0));
   recs[15] = vlan_cfg(0, "");
+  want.front() = ifs_line("1-eth0.1-lan1-1");
+  want.back() = ifs_line("16-eth0.0--0");
   set_shm_vconf_info_all("eth0", recs);
 
-  std::size_t r0 = kVlanAt;
-  EXPECT_EQ(seg.text(r0), "eth0.1");
-  EXPECT_EQ(seg.text(r0 + 32), "lan1");
-  EXPECT_EQ(seg.u32(r0 + 64), 1u);
-  EXPECT_EQ(seg.u32(r0 + 68), ip4(192, 168, 1, 254));
-  EXPECT_EQ(seg.u32(r0 + 72), ip4(255, 255, 255, 0));
-  EXPECT_EQ(seg.u32(r0 + 76), 1u);     // routing flag (word 8)
-  EXPECT_EQ(seg.u32(r0 + 88), 0xA1u);  // attribute (word 2)
-  EXPECT_EQ(seg.u32(kVlanAt + 92 * 2 + 80), 0x3cu);
-  EXPECT_EQ(seg.u32(kVlanAt + 92 * 2 + 84), 1u);
-  EXPECT_EQ(seg.text(kVlanAt + 92 * 15), "eth0.0");
-
-  std::vector<std::string> want;
-  want.push_back(ifs_line("1-eth0.1-lan1-1"));
-  for (int i = 1; i < 15; ++i)
-    want.push_back(ifs_line(std::to_string(i + 1) + "-eth0." + std::to_string(10 + i) + "-v" + std::to_string(i) + "-" +
-                            std::to_string(10 + i)));
-  want.push_back(ifs_line("16-eth0.0--0"));
+  EXPECT_EQ(seg->text(kVlanAt), "eth0.1");
+  EXPECT_EQ(seg->text(kVlanAt + 32), "lan1");
+  EXPECT_EQ(std::vector<uint32_t>({seg->u32(kVlanAt + 64), seg->u32(kVlanAt + 68), seg->u32(kVlanAt + 72),
+                                   seg->u32(kVlanAt + 76), seg->u32(kVlanAt + 88)}),
+            std::vector<uint32_t>({1, ip4(192, 168, 1, 254), ip4(255, 255, 255, 0), 1, 0xA1}));
+  EXPECT_EQ(seg->u32(kVlanAt + 92 * 2 + 80), 0x3cu);
+  EXPECT_EQ(seg->u32(kVlanAt + 92 * 2 + 84), 1u);
   EXPECT_EQ(trace_lines(), want);
   // Each command overwrites the entry; under the simulated root the file keeps the last.
   EXPECT_EQ(read_file(sim_path("/proc/tarn/ifsInfo")), "16-eth0.0--0\n");
@@ -134,97 +97,76 @@ TEST_F(VlanIfTest, BulkSettersHoldTheLockWhileTheSingleSetterReleasesItFirst) {
   recs[0] = vlan_cfg(5, "five");
   ShmBridgeConfig brg[4]{};
   ShmZoneBridgeConfig zones[4]{};
-  const std::function<void()> bulk[] = {[&] { set_shm_vconf_info_all("eth0", recs); },
-                                        [&] { set_shm_brg_info_all("br", brg); },
-                                        [&] { set_shm_zone_brg_info_all("br", zones); }};
-  for (const auto &setter : bulk) {
-    LockWitness witness;
-    setter();
-    std::vector<bool> held = witness.stop();
-    EXPECT_TRUE(held_throughout(held)) << ::testing::PrintToString(held);
+  const std::pair<long, std::function<void()>> bulk[] = {{16, [&] { set_shm_vconf_info_all("eth0", recs); }},
+                                                         {4, [&] { set_shm_brg_info_all("br", brg); }},
+                                                         {4, [&] { set_shm_zone_brg_info_all("br", zones); }}};
+  for (const auto &[commands, setter] : bulk) {
+    std::vector<bool> held = lock_samples(commands, setter);
+    ASSERT_FALSE(held.empty());
+    held.pop_back();
+    EXPECT_EQ(std::count(held.begin(), held.end(), false), 0) << ::testing::PrintToString(held);
   }
   EXPECT_EQ(trace_lines().size(), 24u);
-
   clear_trace();
-  LockWitness single;
-  set_shm_vconf_info(3, "eth0", &recs[0]);
-  EXPECT_EQ(single.stop(), std::vector<bool>{false});
+  EXPECT_EQ(lock_samples(1, [&] { set_shm_vconf_info(3, "eth0", &recs[0]); }), std::vector<bool>{false});
   EXPECT_EQ(trace_lines(), std::vector<std::string>{ifs_line("4-eth0.5-five-5")});
 }
 
 TEST_F(VlanIfTest, SingleSetterWritesOneRecordOrClearsItWhenGivenNoRecord) {
-  SysSegmentWriter seg;
   std::size_t r3 = kVlanAt + 92 * 3;
-  seg.put_u32(r3 + 84, 7);
+  seg->put_u32(r3 + 84, 7);
   auto cfg = vlan_cfg(300, "office", ip4(10, 3, 0, 1), ip4(255, 255, 0, 0));
   EXPECT_EQ(set_shm_vconf_info(3, "eth1", &cfg), 0);
-  EXPECT_EQ(seg.text(r3), "eth1.300");
-  EXPECT_EQ(seg.text(r3 + 32), "office");
-  EXPECT_EQ(seg.u32(r3 + 68), ip4(10, 3, 0, 1));
-  EXPECT_EQ(seg.u32(r3 + 84), 7u);
-  EXPECT_TRUE(seg.zero(kVlanAt, 92 * 3));  // neighbours untouched
+  EXPECT_EQ(seg->text(r3), "eth1.300");
+  EXPECT_EQ(seg->text(r3 + 32), "office");
+  EXPECT_EQ(seg->u32(r3 + 68), ip4(10, 3, 0, 1));
+  EXPECT_EQ(seg->u32(r3 + 84), 7u);
+  EXPECT_TRUE(seg->zero(kVlanAt, 92 * 3));  // neighbours untouched
 
   EXPECT_EQ(set_shm_vconf_info(3, "eth1", nullptr), 0);
-  EXPECT_TRUE(seg.zero(r3, 92));
+  EXPECT_TRUE(seg->zero(r3, 92));
   EXPECT_EQ(trace_lines(), (std::vector<std::string>{ifs_line("4-eth1.300-office-300"), ifs_line("4---0")}));
-  EXPECT_EQ(read_file(sim_path("/proc/tarn/ifsInfo")), "4---0\n");
 }
 
 TEST_F(VlanIfTest, RoutingFlagMovesBothWaysButIpMaskWriteAlwaysClears) {
-  SysSegmentWriter seg;
   std::size_t r5 = kVlanAt + 92 * 5;
-  uint32_t flag = 9;
+  uint32_t flag = 9, back = 0;
   shm_vconf_info_routing(0, 5, &flag);
-  EXPECT_EQ(seg.u32(r5 + 76), 9u);
-  seg.put_u32(r5 + 68, ip4(1, 2, 3, 4));
-  seg.put_u32(r5 + 72, ip4(255, 0, 0, 0));
+  shm_vconf_info_routing(1, 5, &back);
+  EXPECT_EQ(seg->u32(r5 + 76), 9u);
+  EXPECT_EQ(back, 9u);
+  seg->put_u32(r5 + 68, ip4(1, 2, 3, 4));
+  seg->put_u32(r5 + 72, ip4(255, 0, 0, 0));
   uint32_t ip = 0, mask = 0;
   shm_vconf_info_ip_mask(1, 5, &ip, &mask);
   EXPECT_EQ(ip, ip4(1, 2, 3, 4));
   EXPECT_EQ(mask, ip4(255, 0, 0, 0));
   shm_vconf_info_ip_mask(0, 5, &ip, &mask);  // writes what it just cleared
-  EXPECT_TRUE(seg.zero(r5 + 68, 8));
-  EXPECT_EQ(ip, 0u);
+  EXPECT_TRUE(seg->zero(r5 + 68, 8));
 }
 
 TEST_F(VlanIfTest, MemberUpdateCopiesPortMemberWordsOfMatchingVlansUpToTheFirstZeroId) {
-  SysSegmentWriter seg;
-  for (int j = 0; j < 16; ++j) seg.put_u32(kPortMemberAt + 4 * j, 0x100u + static_cast<uint32_t>(j));
+  for (uint32_t j = 0; j < 16; ++j) seg->put_u32(kPortMemberAt + 4 * j, 0x100 + j);
   ShmVlanIfConfig recs[16]{};
-  recs[0].vid = 20;
-  recs[1].vid = 10;
-  recs[2].vid = 30;  // no information record carries 30
-  recs[4].vid = 10;  // after the list's end (recs[3].vid == 0)
   ShmVlanInfoRecord info[16]{};
-  info[0].vid = 10;
-  info[1].vid = 20;
-  info[3].vid = 30;  // after the list's end (info[2].vid == 0)
+  for (auto [i, vid] : {std::pair{0, 20}, {1, 10}, {2, 30}, {4, 10}}) recs[i].vid = vid;  // 4: past recs[3]
+  for (auto [j, vid] : {std::pair{0, 10}, {1, 20}, {3, 30}}) info[j].vid = uint16_t(vid);  // 3: past info[2]
   shm_vconf_member_update(recs, info);
-  EXPECT_EQ(seg.u32(kVlanAt + 80), 0x101u);
-  EXPECT_EQ(seg.u32(kVlanAt + 92 + 80), 0x100u);
-  EXPECT_EQ(seg.u32(kVlanAt + 92 * 2 + 80), 0u);
-  EXPECT_EQ(seg.u32(kVlanAt + 92 * 4 + 80), 0u);
+  EXPECT_EQ(std::vector<uint32_t>({seg->u32(kVlanAt + 80), seg->u32(kVlanAt + 92 + 80), seg->u32(kVlanAt + 92 * 2 + 80),
+                                   seg->u32(kVlanAt + 92 * 4 + 80)}),
+            std::vector<uint32_t>({0x101, 0x100, 0, 0}));
 }
 
 TEST_F(VlanIfTest, PortVlanIdSetterAndGetterKeepTheirDifferentBounds) {
-  SysSegmentWriter seg;
-  struct Case {
-    int port, vid, result;
-    std::size_t written_at;  // 0 = nothing written
-  };
-  const Case cases[] = {{0, 5, 0, kPlanAt}, {9, 0x12345, 0, kPlanAt + 72}, {13, 77, 0, kPlanAt + 104},
-                        {14, 78, 14, 0},    {-1, 79, -1, 0}};
-  for (const Case &c : cases) {
-    SCOPED_TRACE(c.port);
-    EXPECT_EQ(set_shm_port_vlan_id(c.port, c.vid), c.result);
-    if (c.written_at != 0) EXPECT_EQ(seg.u16(c.written_at), static_cast<uint16_t>(c.vid));
-  }
-  EXPECT_TRUE(seg.zero(kPlanAt + 112, 64));  // nothing past the plan
-  EXPECT_EQ(get_shm_port_vlan_id(9), 0x2345);
-  EXPECT_EQ(get_shm_port_vlan_id(10), 0);  // stored, but above the getter's bound
-  seg.port(10, 44);
-  EXPECT_EQ(get_shm_port_vlan_id(10), 0);
-  EXPECT_EQ(get_shm_port_vlan_id(-3), 0);
+  const std::tuple<int, int, int> set_cases[] = {{0, 5, 0}, {9, 0x12345, 0}, {13, 77, 0}, {14, 78, 14}, {-1, 79, -1}};
+  for (const auto &[port, vid, result] : set_cases) EXPECT_EQ(set_shm_port_vlan_id(port, vid), result) << port;
+  EXPECT_EQ(seg->u16(kPlanAt), 5);
+  EXPECT_EQ(seg->u16(kPlanAt + 72), 0x2345);  // the low 16 bits
+  EXPECT_EQ(seg->u16(kPlanAt + 104), 77);
+  EXPECT_TRUE(seg->zero(kPlanAt + 112, 64));  // nothing past the plan
+  const std::pair<int, int> get_cases[] = {{9, 0x2345}, {13, 0}, {10, 0}, {-3, 0}};
+  seg->port(10, 44);  // stored, but above the getter's bound
+  for (const auto &[port, want] : get_cases) EXPECT_EQ(get_shm_port_vlan_id(port), want) << port;
 }
 
 TEST_F(VlanIfTest, CpuPortRecordsAreClaimedOredClearedAndFreed) {
