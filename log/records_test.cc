@@ -12,39 +12,30 @@ using syscommon::log::scan_firewall_line;
 using syscommon::log::scan_system_line;
 using syscommon::log::scan_vpn_line;
 
-TEST(LogRecords, SystemLineEveryFieldAtItsWidth) {
-  // event 0x0d, reason 0x24, level 6, '0', bootup 0x2a, 05:04:03 on day 2 of month 0x0b,
-  // year 0x7e (2026), uptime 0x15180, argument "admin".
-  SlogSystemRecord r{};
-  ASSERT_TRUE(scan_system_line("000d24600000002a030405020b007e00015180admin\n", r));
-  EXPECT_EQ(r.event_id, 13u);
-  EXPECT_EQ(r.reason_id, 36);
-  EXPECT_EQ(r.level, 6);
-  EXPECT_EQ(r.bootup, 42u);
-  EXPECT_EQ(r.sec, 3);
-  EXPECT_EQ(r.min, 4);
-  EXPECT_EQ(r.hour, 5);
-  EXPECT_EQ(r.day, 2);
-  EXPECT_EQ(r.mon, 11);
-  EXPECT_EQ(r.year, 126);
-  EXPECT_EQ(r.uptime, 86400u);
-  EXPECT_STREQ(r.text, "admin");
+// Every field in record order, so one comparison shows which one landed wrong.
+std::string fields(const SlogSystemRecord &r) {
+  char buf[512];
+  std::snprintf(buf, sizeof buf, "%u %u %u %u %d %d %d %d %d %d %u '%s'", r.event_id, r.reason_id, r.level, r.bootup,
+                r.sec, r.min, r.hour, r.day, r.mon, r.year, r.uptime, r.text);
+  return buf;
 }
 
-TEST(LogRecords, SystemLineWithoutTextOrWithLongText) {
+TEST(LogRecords, SystemLine) {
   SlogSystemRecord r{};
-  std::memset(r.text, 'x', sizeof r.text);
-  // event 9, reason 0x10, level 0, bootup 1, time all 0, year 0x76, uptime 5, no text.
-  ASSERT_TRUE(scan_system_line("0009" "10" "0" "0" "00000001" "0000000000" "0076" "00000005" "\n", r));
-  EXPECT_EQ(r.event_id, 9u);
-  EXPECT_EQ(r.reason_id, 16);
-  EXPECT_STREQ(r.text, "");  // cleared, not left from before
+  // event 0x0d, reason 0x24, level 6, '0', bootup 0x2a, sec 3, min 4, hour 5, day 2,
+  // month 0x0b, year 0x7e, uptime 0x15180, argument "admin".
+  ASSERT_TRUE(scan_system_line("000d24600000002a030405020b007e00015180admin\n", r));
+  EXPECT_EQ(fields(r), "13 36 6 42 3 4 5 2 11 126 86400 'admin'");
 
-  std::string line = "0026" "00" "0" "0" "00000001" "0000000000" "0076" "00000005" + std::string(300, 'y');
+  std::memset(r.text, 'x', sizeof r.text);
+  ASSERT_TRUE(scan_system_line("00091000000000010000000000007600000005\n", r));
+  EXPECT_EQ(fields(r), "9 16 0 1 0 0 0 0 0 118 5 ''");  // the text is cleared, not left from before
+
+  const std::string line = "00260000000000010000000000007600000005" + std::string(300, 'y');
   ASSERT_TRUE(scan_system_line(line.c_str(), r));
   EXPECT_EQ(std::strlen(r.text), 255u);
 
-  EXPECT_FALSE(scan_system_line("000d24610000002a", r));  // cut short
+  EXPECT_FALSE(scan_system_line("000d24610000002a", r));                // cut short
   EXPECT_FALSE(scan_system_line("000d24610000002a030405020b007e", r));  // no uptime
 }
 
@@ -52,55 +43,35 @@ TEST(LogRecords, VpnLine) {
   SlogVpnRecord r{};
   ASSERT_TRUE(scan_vpn_line("[tunnel1 200102] 0000000a1e1f0c05020072\n", r));
   EXPECT_STREQ(r.text, "tunnel1 200102");
-  EXPECT_EQ(r.code, 10u);
-  EXPECT_EQ(r.sec, 30);
-  EXPECT_EQ(r.min, 31);
-  EXPECT_EQ(r.hour, 12);
-  EXPECT_EQ(r.day, 5);
-  EXPECT_EQ(r.mon, 2);
-  EXPECT_EQ(r.year, 114);
+  const int want[] = {10, 30, 31, 12, 5, 2, 114};
+  const int got[] = {static_cast<int>(r.code), r.sec, r.min, r.hour, r.day, r.mon, r.year};
+  EXPECT_EQ(std::memcmp(want, got, sizeof want), 0);
+  ASSERT_TRUE(scan_vpn_line(("[" + std::string(70, 't') + "] 0000000a1e1f0c05020072").c_str(), r));
+  EXPECT_EQ(std::strlen(r.text), 63u);
   EXPECT_FALSE(scan_vpn_line("no brackets 0000000a", r));
   EXPECT_FALSE(scan_vpn_line("[text] 0000", r));
 }
 
 TEST(LogRecords, FirewallLine) {
   // The agent writes every number zero-padded to its width.
-  char line[512];
-  std::snprintf(line, sizeof line,
-                "lv[%01x]id[%05x]idx[%03x]tar[%01x]proto[%04x]ip[%08x]mac[%02x%02x%02x%02x%02x%02x]port[%04x]"
-                "ifs[%04x]ip[%08x]mac[%02x%02x%02x%02x%02x%02x]port[%04x]ifs[%04x]sec[%02x]min[%02x]hour[%02x]"
-                "day[%02x]mon[%02x]year[%04x]flash[%01x]syslog[%01x]trap[%01x]repeat[%04x]\n",
-                4u, 300101u, 4u, 2u, 257u, 0x6401A8C0u, 0u, 0x11u, 0x22u, 0x33u, 0x44u, 0x55u, 0u, 5u, 0x0100000Au,
-                0xAAu, 0xBBu, 0xCCu, 0xDDu, 0xEEu, 0xFFu, 443u, 2u, 1u, 2u, 3u, 4u, 5u, 114u, 1u, 0u, 1u, 3u);
+  char line[] =
+      "lv[4]id[49445]idx[004]tar[2]proto[0101]ip[6401a8c0]mac[001122334455]port[0000]ifs[0005]ip[0100000a]"
+      "mac[aabbccddeeff]port[01bb]ifs[0002]sec[01]min[02]hour[03]day[04]mon[05]year[0072]flash[1]syslog[0]trap[1]"
+      "repeat[0003]\n";
   SlogLogEntry e{};
   ASSERT_TRUE(scan_firewall_line(line, e));
   const SlogFirewallRecord &f = e.body.firewall;
-  EXPECT_EQ(e.level, 4);
-  EXPECT_EQ(e.log_type, SLOG_TYPE_FIREWALL);
-  EXPECT_EQ(f.id, 300101u);
-  EXPECT_EQ(f.rule_index, 4u);
-  EXPECT_EQ(f.target, 2u);
-  EXPECT_EQ(f.proto, 257u);
-  EXPECT_EQ(f.src_ip, 0x6401A8C0u);
-  const uint8_t smac[6] = {0, 0x11, 0x22, 0x33, 0x44, 0x55};
-  const uint8_t dmac[6] = {0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
-  EXPECT_EQ(std::memcmp(f.src_mac, smac, 6), 0);
-  EXPECT_EQ(std::memcmp(f.dst_mac, dmac, 6), 0);
-  EXPECT_EQ(f.src_port, 0u);
-  EXPECT_EQ(f.in_vid, 5u);
-  EXPECT_EQ(f.dst_ip, 0x0100000Au);
-  EXPECT_EQ(f.dst_port, 443u);
-  EXPECT_EQ(f.out_vid, 2u);
-  EXPECT_EQ(e.sec, 1);
-  EXPECT_EQ(e.min, 2);
-  EXPECT_EQ(e.hour, 3);
-  EXPECT_EQ(e.day, 4);
-  EXPECT_EQ(e.mon, 5);
-  EXPECT_EQ(e.year, 114);
-  EXPECT_EQ(e.flash, 1u);
-  EXPECT_EQ(e.syslog, 0u);
-  EXPECT_EQ(e.trap, 1u);
-  EXPECT_EQ(f.repeat, 3u);
+  char got[512];
+  std::snprintf(got, sizeof got,
+                "%d %d | %u %u %u %u | %x %02x:%02x:%02x:%02x:%02x:%02x %u %u | %x %02x:%02x:%02x:%02x:%02x:%02x %u %u"
+                " | %d %d %d %d %d %d | %u %u %u %u",
+                e.level, e.log_type, f.id, f.rule_index, f.target, f.proto, f.src_ip, f.src_mac[0], f.src_mac[1],
+                f.src_mac[2], f.src_mac[3], f.src_mac[4], f.src_mac[5], f.src_port, f.in_vid, f.dst_ip, f.dst_mac[0],
+                f.dst_mac[1], f.dst_mac[2], f.dst_mac[3], f.dst_mac[4], f.dst_mac[5], f.dst_port, f.out_vid, e.sec,
+                e.min, e.hour, e.day, e.mon, e.year, e.flash, e.syslog, e.trap, f.repeat);
+  EXPECT_STREQ(got,
+               "4 2 | 300101 4 2 257 | 6401a8c0 00:11:22:33:44:55 0 5 | 100000a aa:bb:cc:dd:ee:ff 443 2"
+               " | 1 2 3 4 5 114 | 1 0 1 3");
 
   line[std::strlen(line) - 6] = '\0';  // repeat value cut off
   EXPECT_FALSE(scan_firewall_line(line, e));
