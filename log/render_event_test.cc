@@ -1,5 +1,4 @@
 // System records rendered to the device's message texts.
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -19,7 +18,7 @@ SlogSystemRecord record(unsigned event, unsigned reason, std::string_view arg = 
   rec.reason_id = static_cast<uint8_t>(reason);
   rec.bootup = bootup;
   rec.uptime = uptime;
-  std::memcpy(rec.text, arg.data(), std::min(arg.size(), sizeof rec.text - 1));
+  arg.copy(rec.text, sizeof rec.text - 1);
   return rec;
 }
 

@@ -81,8 +81,9 @@ TEST_F(RenderFirewallTest, ProtocolNamesAndRawNumbers) {
   const std::pair<uint32_t, const char *> cases[] = {{256, "PROTO=, "},    {259, "PROTO=UDPLITE, "}, {260, "PROTO=ICMP, "},
                                                      {261, "PROTO=AH, "},  {262, "PROTO=ESP, "},     {47, "PROTO=0x2F, "},
                                                      {0, "PROTO=0x0, "},   {255, "PROTO=0xFF, "},    {263, "PROTO=, "}};
+  const std::string head = "[Malformed] DROP " + kMacs;
   for (const auto &[proto, text] : cases)
-    EXPECT_EQ(render({.id = SLOG_FW_MALFORMED, .proto = proto}), "[Malformed] DROP " + kMacs + text + kAddrs) << proto;
+    EXPECT_EQ(render({.id = SLOG_FW_MALFORMED, .proto = proto}), (head + text).append(kAddrs)) << proto;
 }
 
 TEST_F(RenderFirewallTest, ArpFloodCarriesOnlyTheEthernetType) {
@@ -97,8 +98,9 @@ TEST_F(RenderFirewallTest, EveryAttackNameAndUnknownIds) {
       {300205, "[FIN Scan] "},       {300206, "[NMAP-ID Scan] "}, {300207, "[SYN/RST Scan] "},
       {300208, "[TCP-Without-SYN Scan] "}, {300209, "[ICMP-Death] "}, {300210, "[SYN-Flood] "},
       {300401, "[TrustedAccess] "},  {300104, ""},                {300212, ""},                  {0, ""}};
+  const std::string rest = "DROP " + kMacs + "PROTO=TCP, " + kAddrs;
   for (const auto &[id, prefix] : cases)  // the rule shows only with the rule-hit ids
-    EXPECT_EQ(render({.id = id, .rule = 3}), prefix + ("DROP " + kMacs + "PROTO=TCP, " + kAddrs)) << id;
+    EXPECT_EQ(render({.id = id, .rule = 3}), prefix + rest) << id;
 }
 
 TEST_F(RenderFirewallTest, InterfaceNamesFollowTheKeptLookupOrder) {
