@@ -47,13 +47,13 @@ TEST_F(BridgeTest, ZoneSetterCopiesMembersAndSharesTheNumbers17To20) {
   std::strcpy(recs[2].member_name[0], "dmz");
   std::strcpy(recs[2].member_name[15], "last");
   EXPECT_EQ(set_shm_zone_brg_info_all("zbr", recs), 0);
-  std::size_t z2 = kZoneAt + 660 * 2;
+  std::size_t z2 = zone_at(2);
   EXPECT_EQ(seg->text(z2), "zbr8100");
   EXPECT_EQ(seg->text(z2 + 32), "zone-a");
   EXPECT_EQ(std::vector<uint32_t>({seg->u32(z2 + 64), seg->bytes()[z2 + 76], seg->u32(z2 + 84), seg->u32(z2 + 84 + 60)}),
             std::vector<uint32_t>({8100, 1, 10, 0xffffffff}));
   EXPECT_EQ(seg->text(z2 + 148), "dmz");
-  EXPECT_EQ(seg->text(z2 + 148 + 32 * 15), "last");
+  EXPECT_EQ(seg->text(z2 + 628), "last");
   std::vector<std::string> lines = trace_lines();
   ASSERT_EQ(lines.size(), 4u);
   EXPECT_EQ(lines[0], ifs_line("17-zbr0-BRG-0"));
@@ -115,8 +115,8 @@ TEST_F(BridgeTest, NamesByIdAndBrgNamesComeFromRecordZeroOnly) {
 TEST_F(BridgeTest, ZoneMembershipTests) {
   seg->zone(0, 8001, "br8001", "z0", 0, 0, {{10, "ten-in-z0"}, {11, "eleven"}});
   seg->zone(1, 8002, "br8002", "z1", 0, 1, {{12, "twelve"}, {10, "ten-in-z1"}, {10, "ten-again"}});
-  for (int j = 0; j < 16; ++j)
-    for (int z = 2; z < 4; ++z) seg->put_u32(kZoneAt + 660 * z + 84 + 4 * j, 0xffffffffu);  // -1: empty
+  for (std::size_t j = 0; j < 16; ++j)
+    for (int z = 2; z < 4; ++z) seg->put_u32(zone_at(z) + 84 + 4 * j, 0xffffffffu);  // -1: empty
   struct Case {
     int vid;
     const char *name;  // zone member name: first slot of the last zone; enable not looked at

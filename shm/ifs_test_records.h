@@ -26,6 +26,10 @@ inline uint32_t ip4(unsigned a, unsigned b, unsigned c, unsigned d) {
 
 constexpr std::size_t kWanAt = 448, kVlanAt = 1472, kBridgeAt = 2944, kZoneAt = 3296;
 constexpr std::size_t kVlanInfoAt = 5936, kPlanAt = 6224, kPortMemberAt = 6336;
+constexpr std::size_t wan_at(std::size_t w) { return kWanAt + 64 * w; }
+constexpr std::size_t vlan_at(std::size_t i) { return kVlanAt + 92 * i; }
+constexpr std::size_t bridge_at(std::size_t b) { return kBridgeAt + 88 * b; }
+constexpr std::size_t zone_at(std::size_t z) { return kZoneAt + 660 * z; }
 
 class SysSegmentWriter : public RawSegment {
  public:
@@ -41,12 +45,12 @@ class SysSegmentWriter : public RawSegment {
   }
   void wan(int w, uint32_t vid, const std::string &ifname, uint32_t ip = 0, uint32_t mask = 0, uint32_t link = 0,
            uint32_t gw = 0, uint32_t conn = 0) {
-    put_words(kWanAt + 64 * w, {conn, link, ip, mask, gw, vid});
-    put_text(kWanAt + 64 * w + 24, ifname);
+    put_words(wan_at(w), {conn, link, ip, mask, gw, vid});
+    put_text(wan_at(w) + 24, ifname);
   }
   void vlan(int i, uint32_t vid, const std::string &ifname, const std::string &usr, uint32_t ip = 0,
             uint32_t mask = 0, uint32_t link = 0) {
-    std::size_t r = kVlanAt + 92 * i;
+    std::size_t r = vlan_at(i);
     put_text(r, ifname);
     put_text(r + 32, usr);
     put_words(r + 64, {vid, ip, mask});
@@ -54,14 +58,14 @@ class SysSegmentWriter : public RawSegment {
   }
   void bridge(int b, uint32_t id, const std::string &ifname, const std::string &usr, uint32_t ip, uint8_t enable,
               uint32_t link = 0) {
-    std::size_t r = kBridgeAt + 88 * b;
+    std::size_t r = bridge_at(b);
     put_text(r, ifname);
     put_text(r + 32, usr);
     put_words(r + 64, {id, ip, 0, enable, link});  // the enable byte is the first of its word
   }
   void zone(int z, uint32_t id, const std::string &ifname, const std::string &usr, uint32_t ip, uint8_t enable,
             std::initializer_list<std::pair<int32_t, const char *>> members = {}) {
-    std::size_t r = kZoneAt + 660 * z;
+    std::size_t r = zone_at(z);
     put_text(r, ifname);
     put_text(r + 32, usr);
     put_words(r + 64, {id, ip, 0, enable});
@@ -71,7 +75,7 @@ class SysSegmentWriter : public RawSegment {
       put_text(r + 148 + 32 * j++, name);
     }
   }
-  void port(int p, uint16_t pvid, uint16_t in_use = 0) {
+  void port(std::size_t p, uint16_t pvid, uint16_t in_use = 0) {
     put_u16(kPlanAt + 8 * p, pvid);
     put_u16(kPlanAt + 8 * p + 6, in_use);
   }

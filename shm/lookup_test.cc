@@ -135,8 +135,8 @@ TEST_F(LookupTest, KernelNamesByIndexAndVidByKernelName) {
 }
 
 TEST_F(LookupTest, VlanInformationRecordsAndDefaultRouteWan) {
-  seg->put_u16(kVlanInfoAt + 18 * 15, 4000);
-  seg->bytes()[kVlanInfoAt + 18 * 15 + 17] = 0x5a;
+  seg->put_u16(kVlanInfoAt + 270, 4000);  // information record 15
+  seg->bytes()[kVlanInfoAt + 270 + 17] = 0x5a;
   EXPECT_EQ(get_shm_vlan_vid_by_index(15), 4000);
   EXPECT_EQ(get_shm_vlan_vid_by_index(16), -1);
   ShmVlanInfoRecord rec{};
@@ -174,20 +174,19 @@ TEST_F(LookupTest, VidByUserNameIgnoresCaseAndCountsWanRecordsInUse) {
 
 TEST_F(LookupTest, IpMaskByUserNameIsCaseSensitiveOnAPrefix) {
   struct Case {
-    const char *name;
+    const char *name, *ifname;
     int index;
-    const char *ifname;
     uint32_t ip;
   };
   const Case cases[] = {
-      {"WAN", 0, "eth0.2", ip4(10, 0, 0, 2)},
-      {"W", 0, "eth0.2", ip4(10, 0, 0, 2)},          // any prefix of "WAN"
-      {"wan", -1, "", 0},                            // case-sensitive
-      {"lan", 2, "eth0.1", ip4(192, 168, 1, 1)},     // a prefix of "lan1"
-      {"office", 5, "eth0.7", ip4(192, 168, 7, 1)},  // also a prefix of "office-b": first wins
-      {"office-b", 6, "eth0.7", ip4(192, 168, 8, 1)},
-      {"OFFICE", -1, "", 0},
-      {"lan12", -1, "", 0},
+      {"WAN", "eth0.2", 0, ip4(10, 0, 0, 2)},
+      {"W", "eth0.2", 0, ip4(10, 0, 0, 2)},          // any prefix of "WAN"
+      {"wan", "", -1, 0},                            // case-sensitive
+      {"lan", "eth0.1", 2, ip4(192, 168, 1, 1)},     // a prefix of "lan1"
+      {"office", "eth0.7", 5, ip4(192, 168, 7, 1)},  // also a prefix of "office-b": first wins
+      {"office-b", "eth0.7", 6, ip4(192, 168, 8, 1)},
+      {"OFFICE", "", -1, 0},
+      {"lan12", "", -1, 0},
   };
   for (const Case &c : cases) {
     char ifname[32] = "";

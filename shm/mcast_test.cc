@@ -26,7 +26,7 @@ class McastTest : public ::testing::Test {
   }
   static int32_t count() { return static_cast<int32_t>(RawSegment(7895).u32(6144)); }
   // VLAN id and payload tag of entry i, read from the raw layout.
-  static std::pair<int, int> raw_entry(int i) {
+  static std::pair<int, int> raw_entry(std::size_t i) {
     RawSegment raw(7895);
     return {raw.u16(24 * i), raw.bytes()[24 * i + 8]};
   }

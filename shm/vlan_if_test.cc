@@ -65,29 +65,22 @@ std::vector<bool> lock_samples(long commands, const std::function<void()> &sette
 using VlanIfTest = IfsTest;
 
 TEST_F(VlanIfTest, BulkSetterFillsEveryRecordAndPublishesEachInOrder) {
-  seg->put_u32(kVlanAt + 92 * 2 + 80, 0x3c);  // member mask and link belong to the daemon
-  seg->put_u32(kVlanAt + 92 * 2 + 84, 1);
+  seg->put_words(vlan_at(2) + 80, {0x3c, 1});  // member mask and link belong to the daemon
   ShmVlanIfConfig recs[16];
   std::vector<std::string> want;
   for (uint32_t i = 0; i < 16; ++i) {
     recs[i] = vlan_cfg(10 + i, "v" + std::to_string(i));
-    want.push_back(ifs_line(std::to_string(i + 1) + "-eth0." + std::to_string(10 + i) + "-v" + std::to_string(i) +
-                            "-" + std::to_string(10 + i)));
+    std::string vid = std::to_string(10 + i);
+    want.push_back(ifs_line(std::to_string(i + 1).append("-eth0.").append(vid).append("-v").append(
+        std::to_string(i)).append("-").append(vid)));
   }
-  recs[0] = vlan_cfg(1, "lan1", ip4(192, 168, 1, 254), ip4(255, 255, 255, 0));
   recs[15] = vlan_cfg(0, "");
-  want.front() = ifs_line("1-eth0.1-lan1-1");
   want.back() = ifs_line("16-eth0.0--0");
   set_shm_vconf_info_all("eth0", recs);
-
-  EXPECT_EQ(seg->text(kVlanAt), "eth0.1");
-  EXPECT_EQ(seg->text(kVlanAt + 32), "lan1");
-  EXPECT_EQ(std::vector<uint32_t>({seg->u32(kVlanAt + 64), seg->u32(kVlanAt + 68), seg->u32(kVlanAt + 72),
-                                   seg->u32(kVlanAt + 76), seg->u32(kVlanAt + 88)}),
-            std::vector<uint32_t>({1, ip4(192, 168, 1, 254), ip4(255, 255, 255, 0), 1, 0xA1}));
-  EXPECT_EQ(seg->u32(kVlanAt + 92 * 2 + 80), 0x3cu);
-  EXPECT_EQ(seg->u32(kVlanAt + 92 * 2 + 84), 1u);
   EXPECT_EQ(trace_lines(), want);
+  EXPECT_EQ(seg->text(vlan_at(2)), "eth0.12");
+  EXPECT_EQ(seg->u32(vlan_at(2) + 80), 0x3cu);
+  EXPECT_EQ(seg->u32(vlan_at(2) + 84), 1u);
   // Each command overwrites the entry; under the simulated root the file keeps the last.
   EXPECT_EQ(read_file(sim_path("/proc/tarn/ifsInfo")), "16-eth0.0--0\n");
 }
@@ -113,23 +106,26 @@ TEST_F(VlanIfTest, BulkSettersHoldTheLockWhileTheSingleSetterReleasesItFirst) {
 }
 
 TEST_F(VlanIfTest, SingleSetterWritesOneRecordOrClearsItWhenGivenNoRecord) {
-  std::size_t r3 = kVlanAt + 92 * 3;
-  seg->put_u32(r3 + 84, 7);
-  auto cfg = vlan_cfg(300, "office", ip4(10, 3, 0, 1), ip4(255, 255, 0, 0));
+  std::size_t r3 = vlan_at(3);
+  seg->put_words(r3 + 80, {0x3c, 7});
+  auto cfg = vlan_cfg(301, "office", ip4(10, 3, 0, 1), ip4(255, 255, 0, 0));
   EXPECT_EQ(set_shm_vconf_info(3, "eth1", &cfg), 0);
-  EXPECT_EQ(seg->text(r3), "eth1.300");
+  EXPECT_EQ(seg->text(r3), "eth1.301");
   EXPECT_EQ(seg->text(r3 + 32), "office");
-  EXPECT_EQ(seg->u32(r3 + 68), ip4(10, 3, 0, 1));
-  EXPECT_EQ(seg->u32(r3 + 84), 7u);
-  EXPECT_TRUE(seg->zero(kVlanAt, 92 * 3));  // neighbours untouched
+  // VLAN id, address, mask, routing flag (word 8), members, link, attribute (word 2).
+  EXPECT_EQ(std::vector<uint32_t>({seg->u32(r3 + 64), seg->u32(r3 + 68), seg->u32(r3 + 72), seg->u32(r3 + 76),
+                                   seg->u32(r3 + 80), seg->u32(r3 + 84), seg->u32(r3 + 88)}),
+            std::vector<uint32_t>({301, ip4(10, 3, 0, 1), ip4(255, 255, 0, 0), 1, 0x3c, 7, 0xA0 + 301}));
+  EXPECT_TRUE(seg->zero(kVlanAt, vlan_at(3) - kVlanAt));  // neighbours untouched
+  EXPECT_TRUE(seg->zero(r3 + 92, 92));
 
   EXPECT_EQ(set_shm_vconf_info(3, "eth1", nullptr), 0);
   EXPECT_TRUE(seg->zero(r3, 92));
-  EXPECT_EQ(trace_lines(), (std::vector<std::string>{ifs_line("4-eth1.300-office-300"), ifs_line("4---0")}));
+  EXPECT_EQ(trace_lines(), (std::vector<std::string>{ifs_line("4-eth1.301-office-301"), ifs_line("4---0")}));
 }
 
 TEST_F(VlanIfTest, RoutingFlagMovesBothWaysButIpMaskWriteAlwaysClears) {
-  std::size_t r5 = kVlanAt + 92 * 5;
+  std::size_t r5 = vlan_at(5);
   uint32_t flag = 9, back = 0;
   shm_vconf_info_routing(0, 5, &flag);
   shm_vconf_info_routing(1, 5, &back);
@@ -146,14 +142,14 @@ TEST_F(VlanIfTest, RoutingFlagMovesBothWaysButIpMaskWriteAlwaysClears) {
 }
 
 TEST_F(VlanIfTest, MemberUpdateCopiesPortMemberWordsOfMatchingVlansUpToTheFirstZeroId) {
-  for (uint32_t j = 0; j < 16; ++j) seg->put_u32(kPortMemberAt + 4 * j, 0x100 + j);
+  for (std::size_t j = 0; j < 16; ++j) seg->put_u32(kPortMemberAt + 4 * j, 0x100 + uint32_t(j));
   ShmVlanIfConfig recs[16]{};
   ShmVlanInfoRecord info[16]{};
   for (auto [i, vid] : {std::pair{0, 20}, {1, 10}, {2, 30}, {4, 10}}) recs[i].vid = vid;  // 4: past recs[3]
   for (auto [j, vid] : {std::pair{0, 10}, {1, 20}, {3, 30}}) info[j].vid = uint16_t(vid);  // 3: past info[2]
   shm_vconf_member_update(recs, info);
-  EXPECT_EQ(std::vector<uint32_t>({seg->u32(kVlanAt + 80), seg->u32(kVlanAt + 92 + 80), seg->u32(kVlanAt + 92 * 2 + 80),
-                                   seg->u32(kVlanAt + 92 * 4 + 80)}),
+  EXPECT_EQ(std::vector<uint32_t>({seg->u32(kVlanAt + 80), seg->u32(kVlanAt + 92 + 80), seg->u32(vlan_at(2) + 80),
+                                   seg->u32(vlan_at(4) + 80)}),
             std::vector<uint32_t>({0x101, 0x100, 0, 0}));
 }
 
