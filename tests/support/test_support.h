@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/types.h>
+
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -24,6 +27,10 @@ void clear_trace();
 
 std::string read_file(const std::string &path);
 void write_file(const std::string &path, const std::string &content);
+// Waits for child `pid` up to `limit`: its exit status, 128 when a signal ended it, or -1
+// when it did not finish in time (it is then killed and reaped).
+int wait_for(pid_t pid, std::chrono::milliseconds limit);
+
 // Installs an executable shell script as $SYSCOMMON_ROOT/bin/NAME (first on PATH).
 void write_stub(const std::string &name, const std::string &script);
 
