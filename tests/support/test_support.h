@@ -31,6 +31,16 @@ void write_file(const std::string &path, const std::string &content);
 // when it did not finish in time (it is then killed and reaped).
 int wait_for(pid_t pid, std::chrono::milliseconds limit);
 
+// What a program run to its end left: exit status (128 when a signal ended it, -1 when it
+// overran its deadline and was killed), standard output and standard error.
+struct ProgramRun {
+  int status = -1;
+  std::string out, err;
+};
+// Runs `path` with `args` (no shell), standard input empty, for at most `limit`.
+ProgramRun run_program(const std::string &path, const std::vector<std::string> &args,
+                       std::chrono::milliseconds limit = std::chrono::seconds(10));
+
 // Installs an executable shell script as $SYSCOMMON_ROOT/bin/NAME (first on PATH).
 void write_stub(const std::string &name, const std::string &script);
 
