@@ -43,6 +43,8 @@ TEST_F(ToolTest, BadArgumentsGetOneLineAndStatusTwoAndChangeNothing) {
       {"shm", "set", "timezone", "0x10"},  // decimal only, whole token
       {"shm", "set", "timezone", " 1"},
       {"shm", "set", "timezone", "63"},
+      {"shm", "set", "timezone", "1\n2"},  // quoted back on one line
+      {"shm\nx"},
       {"shm", "mcast-add", "1", "01:00:5e:00:00: 1"},
       {"shm", "mcast-add", "1", "0x1:00:5e:00:00:01"},
       {"shm", "mcast-add", "1", "01:00:5e:00:00:001"},
