@@ -3,6 +3,8 @@
 #ifndef SYSCOMMON_LOG_RECORDS_H
 #define SYSCOMMON_LOG_RECORDS_H
 
+#include <string>
+
 #include "syscommon/log.h"
 
 namespace syscommon::log {
@@ -11,6 +13,10 @@ namespace syscommon::log {
 // '0', bootup, sec, min, hour, day, mon, year, uptime, then the argument text (which may
 // be missing). True when every number was read; `rec` is cleared first.
 bool scan_system_line(const char *line, SlogSystemRecord &rec);
+
+// The line the log agent writes for `rec` (without its newline), in the form above: the
+// level in one digit (low four bits), the text up to its terminator.
+std::string format_system_line(const SlogSystemRecord &rec);
 
 // "[text] " then code (8), sec, min, hour, day, mon (2 each), year (4). True when the
 // text and every number were read; `rec` is cleared first.
