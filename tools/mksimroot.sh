@@ -1,11 +1,21 @@
 #!/bin/bash
-# Lays out a simulated device root: the directories the library names by fixed path.
-# Usage: mksimroot.sh DIR
+# Lays out a simulated device root: the directories the library names by fixed path and,
+# when the build folder is given, the stand-ins for the device's own programs.
+# Usage: mksimroot.sh DIR [BUILD_DIR]
 set -eu
 root="$1"
+build="${2:-}"
+here=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$root"
 for d in bin dev etc tmp proc/tarn proc/tarnarm11 mnt/ramdisk/socket mnt/log1 mnt/log2 mnt/cfg2 \
          usr/quagga/bin lumenP/cli sbin var/run; do
   mkdir -p "$root/$d"
 done
 : >"$root/proc/tarn/ifsInfo"
+echo 1 >"$root/mnt/log2/KVR900_BOOTUP_LOG"
+# The log agent by bare name (on PATH) and by its full path; conntrack by bare name.
+if [ -n "$build" ] && [ -x "$build/tools/sim/SendSyslog" ]; then
+  cp "$build/tools/sim/SendSyslog" "$root/bin/SendSyslog"
+  cp "$build/tools/sim/SendSyslog" "$root/sbin/SendSyslog"
+fi
+cp "$here/sim/conntrack" "$root/bin/conntrack"
