@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "log/render.h"
 #include "util/format.h"
 #include "syscommon/log.h"
 
@@ -14,7 +15,7 @@ namespace {
 // The vpn_log_table text of a code read from a file; "" for a code beyond the table.
 const char *vpn_text(uint32_t code) { return code < SLOG_VPN_LOG_COUNT ? vpn_log_table[code].text : ""; }
 
-void convert(const SlogLogEntry &e, int log_type, SlogTextEntry &t) {
+void convert(const SlogLogEntry &e, int log_type, SlogTextEntry &t, syscommon::log::NameCache &names) {
   t = SlogTextEntry{};
   t.sec = e.sec;
   t.min = e.min;
@@ -26,14 +27,14 @@ void convert(const SlogLogEntry &e, int log_type, SlogTextEntry &t) {
   t.log_type = log_type;
   switch (log_type) {
     case SLOG_TYPE_FIREWALL:
-      firewallLog_to_str(&e, t.text);
+      syscommon::log::append_firewall_text(e, t.text, &names);
       break;
     case SLOG_TYPE_VPN:
       syscommon::format_into(t.text, "[%s] %s", e.body.vpn.text, vpn_text(e.body.vpn.code));
       break;
     case SLOG_TYPE_SYSTEM:
       t.log_type = e.log_type;
-      Eventlog_to_Str(e.body.system, t.text, 1, sizeof t.text);
+      syscommon::log::render_system_record(e.body.system, t.text, 1, sizeof t.text, &names);
       break;
     default:
       break;
@@ -50,11 +51,12 @@ extern "C" {
 SYSCOMMON_API int cpLog2TarnLog(SlogTextEntry *texts, SlogLogEntry *entries, int log_type, int count, int min_level,
                                 int max_level) {
   if (texts == nullptr || entries == nullptr) return 0;
+  syscommon::log::NameCache names;  // the store is asked once per name, not once per entry
   int written = 0;
   for (int i = 0; i < count; ++i) {
     const SlogLogEntry &e = entries[i];
     if (e.level < min_level || e.level > max_level) continue;
-    convert(e, log_type, texts[written++]);
+    convert(e, log_type, texts[written++], names);
   }
   return written;
 }

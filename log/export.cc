@@ -6,6 +6,7 @@
 #include <string>
 
 #include "log/files.h"
+#include "log/render.h"
 #include "platform/host.h"
 #include "util/format.h"
 #include "syscommon/log.h"
@@ -16,7 +17,7 @@ namespace {
 using syscommon::format_text;
 using syscommon::rooted;
 using syscommon::run_command;
-namespace files = syscommon::log;
+namespace files = syscommon::log;  // the log files and the renderers
 
 constexpr const char *kSystemExport = "/TARN_LOG.ini";
 constexpr const char *kVpnExport = "/TARN_IPSec_LOG.ini";
@@ -66,6 +67,7 @@ extern "C" {
 
 SYSCOMMON_API int Write_Log_File(FILE *file, int count, const SlogSystemRecord *records) {
   if (file == nullptr || (records == nullptr && count > 0)) return -1;
+  files::NameCache names;
   std::fputs("Index     Bootup     Date           Time         System Startup Time     Event\r\n", file);
   std::fputs(
       "-----     ------     ----------     --------     -------------------     ---------------------------------\r\n",
@@ -79,7 +81,7 @@ SYSCOMMON_API int Write_Log_File(FILE *file, int count, const SlogSystemRecord *
     std::snprintf(date, sizeof date, "%d/%d/%d", r.year + 1900, r.mon + 1, r.day);
     std::snprintf(time, sizeof time, "%02d:%02d:%02d", r.hour, r.min, r.sec);
     Uptime_to_str(r.uptime, uptime);
-    Eventlog_to_Str(r, event, 1, sizeof event);
+    files::render_system_record(r, event, 1, sizeof event, &names);
     std::fprintf(file, "%-10d%-11d%-15s%-13s%-24s%-33s\r\n", n + 1, static_cast<int>(r.bootup), date, time, uptime,
                  event);
     if (!write_separator(file)) return -1;
@@ -102,13 +104,14 @@ SYSCOMMON_API int Write_IPsec_Log_File(FILE *file, int count, const SlogVpnRecor
 SYSCOMMON_API int Write_Firewall_Log_File(FILE *file, int count, SlogLogEntry *entries) {
   if (file == nullptr || (entries == nullptr && count > 0)) return -1;
   std::fputs(kVpnHeader, file);
+  files::NameCache names;
   for (int n = 0; n < count; ++n) {
     SlogLogEntry &e = entries[n];
     e.year += 1900;  // in the caller's array, as the device does
     e.mon += 1;
     const DateTime d = padded(e.year, e.mon, e.day, e.hour, e.min, e.sec);
     char text[256] = {};
-    firewallLog_to_str(&e, text);
+    files::append_firewall_text(e, text, &names);
     std::fprintf(file, "%-10d%-15s%-13s[%d] %s\r\n", n + 1, d.date, d.time, e.level, text);
     if (!write_separator(file)) return -1;
   }
