@@ -159,7 +159,7 @@ SYSCOMMON_API int AllLogMake(void) {
   const std::string dir = ramdisk + "/" + kArchiveDir;
   run_command("mkdir " + dir + " 2> /dev/null");
   for (const char *name : {kFirewallExport, kVpnExport, kSystemExport})
-    run_command("cp -f " + ramdisk + name + " " + dir + " 2> /dev/null");
+    run_command(std::string("cp -f ").append(ramdisk).append(name).append(" ").append(dir).append(" 2> /dev/null"));
   run_command("tar -zcf " + dir + "/m_rec " + rooted("/mnt/log2/mem_usage.rec") + " 2> /dev/null");
   // Relative names: the archive holds "tarn_log_all/..." and lands in the working
   // directory, which callers set to the RAM disk.

@@ -256,7 +256,7 @@ SYSCOMMON_API int getVariableFromString(const char *key, const char *haystack, c
   const char *value = found + std::strlen(key);
   const std::size_t len = std::strlen(value);
   if (len == 0 || size <= 0 || len >= static_cast<std::size_t>(size)) return 0;
-  std::memcpy(out, value, len);
+  std::memcpy(out, value, len + 1);  // with its terminator
   return static_cast<int>(len);
 }
 

@@ -20,8 +20,6 @@
 namespace {
 
 using syscommon::format_into;
-using syscommon::log::find_event;
-using syscommon::log::find_reason;
 
 constexpr std::size_t kDetailSize = 128;
 

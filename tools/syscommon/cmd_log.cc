@@ -83,7 +83,7 @@ int cmd_show(const Args &a) {
       continue;
     }
     if (i + 1 >= a.size()) throw UsageError{"--level needs MIN-MAX"};
-    const std::string range = a[++i];
+    const std::string &range = a[++i];
     const std::size_t dash = range.find('-');
     if (dash == std::string::npos) throw UsageError{"--level needs MIN-MAX, not '" + range + "'"};
     min = static_cast<int>(parse_number(range.substr(0, dash), "MIN", 0, 7));
