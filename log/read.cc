@@ -40,16 +40,6 @@ int read_system_lines(std::FILE *file, SlogLogEntry *entries, int count, int fir
   return count;
 }
 
-template <class Entry>
-void take_time(SlogLogEntry &e, const Entry &from) {
-  e.sec = from.sec;
-  e.min = from.min;
-  e.hour = from.hour;
-  e.day = from.day;
-  e.mon = from.mon;
-  e.year = from.year;
-}
-
 }  // namespace
 
 extern "C" {
@@ -122,7 +112,7 @@ SYSCOMMON_API int Read_logfile(SlogLogEntry *entries, int log_type) {
         SlogLogEntry &e = entries[i];
         e = SlogLogEntry{};
         e.body.vpn = bodies[i];
-        take_time(e, bodies[i]);
+        syscommon::log::copy_time(e, bodies[i]);
         e.log_type = SLOG_TYPE_VPN;
         // Connection progress (200101 initiating, 200102 established) is informational.
         const char *text = bodies[i].text;
@@ -138,7 +128,7 @@ SYSCOMMON_API int Read_logfile(SlogLogEntry *entries, int log_type) {
       }
       for (int i = 0; i < count; ++i) {
         SlogLogEntry &e = entries[i];
-        take_time(e, e.body.system);
+        syscommon::log::copy_time(e, e.body.system);
         e.level = e.body.system.level & 15;
         e.log_type = SLOG_TYPE_SYSTEM;
       }

@@ -20,12 +20,7 @@ void put_minute(Record &r, int i) {
   const std::time_t t = 1394014830 + static_cast<std::time_t>(i) * 61;
   std::tm tm{};
   gmtime_r(&t, &tm);
-  r.sec = tm.tm_sec;
-  r.min = tm.tm_min;
-  r.hour = tm.tm_hour;
-  r.day = tm.tm_mday;
-  r.mon = tm.tm_mon;
-  r.year = tm.tm_year;
+  syscommon::log::put_tm(r, tm);
 }
 
 inline SlogSystemRecord system_record(int i) {

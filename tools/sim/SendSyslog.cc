@@ -46,12 +46,7 @@ int main(int argc, char **argv) {
   const std::time_t now = std::time(nullptr);
   std::tm tm{};
   localtime_r(&now, &tm);
-  rec.sec = tm.tm_sec;
-  rec.min = tm.tm_min;
-  rec.hour = tm.tm_hour;
-  rec.day = tm.tm_mday;
-  rec.mon = tm.tm_mon;
-  rec.year = tm.tm_year;
+  syscommon::log::put_tm(rec, tm);
   rec.uptime = static_cast<uint32_t>(get_uptime());
   std::string text;
   for (int i = 4; i < argc; ++i) text += (i > 4 ? " " : "") + std::string(argv[i]);
