@@ -6,14 +6,12 @@
 #include <span>
 #include <utility>
 
+#include "log/lookup.h"
 #include "log/render.h"
 #include "util/format.h"
 #include "syscommon/log.h"
 
 namespace {
-
-// The vpn_log_table text of a code read from a file; "" for a code beyond the table.
-const char *vpn_text(uint32_t code) { return code < SLOG_VPN_LOG_COUNT ? vpn_log_table[code].text : ""; }
 
 void convert(const SlogLogEntry &e, int log_type, SlogTextEntry &t, syscommon::log::NameCache &names) {
   t = SlogTextEntry{};
@@ -30,7 +28,7 @@ void convert(const SlogLogEntry &e, int log_type, SlogTextEntry &t, syscommon::l
       syscommon::log::append_firewall_text(e, t.text, &names);
       break;
     case SLOG_TYPE_VPN:
-      syscommon::format_into(t.text, "[%s] %s", e.body.vpn.text, vpn_text(e.body.vpn.code));
+      syscommon::format_into(t.text, "[%s] %s", e.body.vpn.text, syscommon::log::vpn_description(e.body.vpn.code));
       break;
     case SLOG_TYPE_SYSTEM:
       t.log_type = e.log_type;

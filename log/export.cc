@@ -6,6 +6,7 @@
 #include <string>
 
 #include "log/files.h"
+#include "log/lookup.h"
 #include "log/render.h"
 #include "platform/host.h"
 #include "util/format.h"
@@ -35,8 +36,6 @@ bool write_separator(std::FILE *file) {
   static const std::string kLine = std::string(106, '-') + "\r\n";
   return std::fputs(kLine.c_str(), file) >= 0;
 }
-
-const char *vpn_text(uint32_t code) { return code < SLOG_VPN_LOG_COUNT ? vpn_log_table[code].text : ""; }
 
 struct DateTime {
   char date[32];
@@ -95,7 +94,7 @@ SYSCOMMON_API int Write_IPsec_Log_File(FILE *file, int count, const SlogVpnRecor
   for (int n = 0; n < count; ++n) {
     const SlogVpnRecord &r = records[n];
     const DateTime d = padded(r.year + 1900, r.mon + 1, r.day, r.hour, r.min, r.sec);
-    std::fprintf(file, "%-10d%-15s%-13s[%s] %s\r\n", n + 1, d.date, d.time, r.text, vpn_text(r.code));
+    std::fprintf(file, "%-10d%-15s%-13s[%s] %s\r\n", n + 1, d.date, d.time, r.text, files::vpn_description(r.code));
     if (!write_separator(file)) return -1;
   }
   return 0;

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "net/test_peer.h"
@@ -108,40 +109,29 @@ TEST(LogLaunch, SecurityNotificationDatagram) {
   syscommon::net::testing::Peer agent(
       syscommon::net::testing::ram("socket/NET_SECURITY_NOTIFICATION_SENDLOG.SOCKET"));
   ASSERT_TRUE(agent.ok());
-  auto entry = [](int type, uint32_t id, uint32_t target) {
+  // Type, id, firewall target; the id sent, 0 for nothing sent.
+  using Row = std::tuple<int, uint32_t, uint32_t, uint32_t>;
+  for (auto [type, id, target, sent] : std::initializer_list<Row>{{SLOG_TYPE_FIREWALL, SLOG_FW_POLICY_HIT, 2u, SLOG_FW_POLICY_HIT},
+                                        {SLOG_TYPE_FIREWALL, SLOG_FW_POLICY_HIT, 1u, 0},
+                                        {SLOG_TYPE_FIREWALL, SLOG_FW_SYN_FLOOD, 1u, SLOG_FW_SYN_FLOOD},
+                                        {SLOG_TYPE_SYSTEM, 12, 0u, 12},
+                                        {SLOG_TYPE_VPN, 9, 0u, 0}}) {
     SlogLogEntry e{};
     e.log_type = type;
-    if (type == SLOG_TYPE_FIREWALL) {
-      e.body.firewall.id = id;
-      e.body.firewall.target = target;
-    } else {
+    if (type == SLOG_TYPE_FIREWALL)
+      e.body.firewall.id = id, e.body.firewall.target = target;
+    else
       e.body.system.event_id = id;
-    }
-    return e;
-  };
-  const struct {
-    SlogLogEntry e;
-    uint32_t sent_id;  // 0: nothing sent
-  } cases[] = {{entry(SLOG_TYPE_FIREWALL, SLOG_FW_POLICY_HIT, 2), SLOG_FW_POLICY_HIT},
-               {entry(SLOG_TYPE_FIREWALL, SLOG_FW_POLICY_HIT, 1), 0},
-               {entry(SLOG_TYPE_FIREWALL, SLOG_FW_SYN_FLOOD, 1), SLOG_FW_SYN_FLOOD},
-               {entry(SLOG_TYPE_SYSTEM, 12, 0), 12},
-               {entry(SLOG_TYPE_VPN, 9, 0), 0}};
-  for (const auto &c : cases) {
-    const int rc = Send_Security_Notification(&c.e);
-    if (c.sent_id == 0) {
-      EXPECT_EQ(rc, -1);
-      EXPECT_FALSE(agent.receive(50).has_value());
-      continue;
-    }
-    EXPECT_EQ(rc, 4108);
-    auto d = agent.receive();
-    ASSERT_TRUE(d.has_value());
+    const int rc = Send_Security_Notification(&e);
+    EXPECT_EQ(rc, sent == 0 ? -1 : 4108) << id;
+    auto d = agent.receive(sent == 0 ? 50 : 3000);
+    ASSERT_EQ(d.has_value(), sent != 0) << id;
+    if (!d) continue;
     EXPECT_EQ(d->head(), syscommon::net::testing::head(0, 1, 0, 1, 0, 0, 72));
-    const uint32_t words[2] = {static_cast<uint32_t>(c.e.log_type), c.sent_id};
+    const uint32_t words[2] = {static_cast<uint32_t>(type), sent};
     std::vector<uint8_t> record(72, 0);
     std::memcpy(record.data(), words, sizeof words);
-    EXPECT_TRUE(d->carries(record)) << c.sent_id;
+    EXPECT_TRUE(d->carries(record)) << id;
   }
   EXPECT_EQ(Send_Security_Notification(nullptr), -1);
 }

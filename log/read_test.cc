@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "log/test_logs.h"
@@ -89,9 +90,8 @@ TEST(LogRead, VpnLevelsAndTime) {
   for (int i = 0; i < 40; ++i) {
     const SlogVpnRecord want = vpn_record(i);
     EXPECT_EQ(std::memcmp(&got[i].body.vpn, &want, sizeof want), 0) << i;
-    EXPECT_EQ(got[i].level, i % 3 == 0 ? 6 : 5) << got[i].body.vpn.text;  // "200102" in the text
-    EXPECT_EQ(got[i].log_type, SLOG_TYPE_VPN);
-    EXPECT_EQ(got[i].hour, want.hour);
+    // Informational when the text holds "200102"; time and type taken over.
+    EXPECT_EQ(std::make_tuple(got[i].level, got[i].log_type, got[i].hour), std::make_tuple(i % 3 == 0 ? 6 : 5, 1, want.hour));
   }
 }
 
