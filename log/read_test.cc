@@ -1,14 +1,18 @@
 // The log readers on generated files: the two-generation merge, the 1000-line limits, the
 // skipped-line rule, the VPN level rule, conversion to text entries, and bad files.
+#include <atomic>
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
 #include "log/test_logs.h"
 #include "support/test_support.h"
 #include "syscommon/log.h"
+#include "syscommon/platform.h"
 
 namespace {
 
@@ -93,6 +97,35 @@ TEST(LogRead, VpnLevelsAndTime) {
     // Informational when the text holds "200102"; time and type taken over.
     EXPECT_EQ(std::make_tuple(got[i].level, got[i].log_type, got[i].hour), std::make_tuple(i % 3 == 0 ? 6 : 5, 1, want.hour));
   }
+}
+
+// True when `read` had to wait for semaphore `key`, held here for 300 ms.
+template <class Read>
+bool waits_for(int key, Read read) {
+  Semaphore_P(key);
+  std::atomic<bool> done = false;
+  std::thread reader([&] { read(), done = true; });
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  const bool waited = !done;
+  Semaphore_V(key);
+  reader.join();
+  return waited;
+}
+
+TEST(LogRead, SemaphoresWhereTheReadersTakeThem) {
+  SYSCOMMON_REQUIRE_ISOLATION();
+  put_log(kLog1, "system", 0, 3);
+  put_log(kVpn, "vpn", 0, 3);
+  put_log(kFirewall, "firewall", 0, 3);
+  auto got = entries();
+  auto vpn = std::make_unique<SlogVpnRecord[]>(SLOG_MAX_ENTRIES);
+  EXPECT_TRUE(waits_for(1519, [&] { Read_logfile(got.get(), SLOG_TYPE_SYSTEM); }));
+  EXPECT_TRUE(waits_for(1519, [&] { Read_logfile(got.get(), SLOG_TYPE_FIREWALL); }));
+  EXPECT_TRUE(waits_for(1517, [&] { Read_ipseclogfile(vpn.get()); }));
+  // The caller holds 1519 around these two.
+  EXPECT_FALSE(waits_for(1519, [&] { Read_systemlogfile(got.get()); }));
+  EXPECT_FALSE(waits_for(1519, [&] { Read_firewalllogfile(got.get()); }));
+  EXPECT_FALSE(waits_for(1519, [&] { Read_ipseclogfile(vpn.get()); }));
 }
 
 TEST(LogRead, BadFilesGiveWhatParses) {
