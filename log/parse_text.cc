@@ -76,9 +76,9 @@ class FirewallLine {
   char *p_;
 };
 
-bool scan_mac(const char *text, uint8_t (&mac)[6]) {
-  return std::sscanf(text, "%02hhx:%02hhx:%02hhx:%02hhx:%02hhx:%02hhx", &mac[0], &mac[1], &mac[2], &mac[3], &mac[4],
-                     &mac[5]) == 6;
+// A MAC address as the renderer writes it; bytes not read stay 0.
+void scan_mac(const char *text, uint8_t (&mac)[6]) {
+  std::sscanf(text, "%02hhx:%02hhx:%02hhx:%02hhx:%02hhx:%02hhx", &mac[0], &mac[1], &mac[2], &mac[3], &mac[4], &mac[5]);
 }
 
 uint32_t scan_ip(const char *text) {
