@@ -19,6 +19,7 @@
 namespace {
 
 constexpr int kEntries = 1000;
+constexpr std::size_t kTexts = std::size_t{2} * kEntries;
 std::string g_root;
 
 // ---- the floor: read and scan, nothing else ----
@@ -66,7 +67,7 @@ void BM_Floor(benchmark::State &state) {
 struct Work {
   std::unique_ptr<SlogLogEntry[]> system = std::make_unique<SlogLogEntry[]>(kEntries);
   std::unique_ptr<SlogLogEntry[]> firewall = std::make_unique<SlogLogEntry[]>(kEntries);
-  std::unique_ptr<SlogTextEntry[]> texts = std::make_unique<SlogTextEntry[]>(2 * kEntries);
+  std::unique_ptr<SlogTextEntry[]> texts = std::make_unique<SlogTextEntry[]>(kTexts);
 
   int read() { return Read_logfile(system.get(), SLOG_TYPE_SYSTEM) + Read_logfile(firewall.get(), SLOG_TYPE_FIREWALL); }
   int convert() {
@@ -111,7 +112,7 @@ void BM_StageSort(benchmark::State &state) {
   Work w;
   w.read();
   w.convert();
-  std::vector<SlogTextEntry> file_order(w.texts.get(), w.texts.get() + 2 * kEntries);
+  std::vector<SlogTextEntry> file_order(w.texts.get(), w.texts.get() + kTexts);
   for (auto _ : state) {  // NOLINT(clang-analyzer-deadcode.DeadStores): the benchmark loop
     state.PauseTiming();
     std::copy(file_order.begin(), file_order.end(), w.texts.get());
