@@ -18,7 +18,7 @@ namespace {
 using syscommon::format_text;
 using syscommon::rooted;
 using syscommon::run_command;
-namespace files = syscommon::log;  // the log files and the renderers
+namespace slog = syscommon::log;
 
 constexpr const char *kSystemExport = "/TARN_LOG.ini";
 constexpr const char *kVpnExport = "/TARN_IPSec_LOG.ini";
@@ -58,7 +58,7 @@ syscommon::File create_export(const std::string &path) {
   return file;
 }
 
-std::string export_path(const char *name) { return rooted(files::kRamdisk) + name; }
+std::string export_path(const char *name) { return rooted(slog::kRamdisk) + name; }
 
 }  // namespace
 
@@ -66,23 +66,21 @@ extern "C" {
 
 SYSCOMMON_API int Write_Log_File(FILE *file, int count, const SlogSystemRecord *records) {
   if (file == nullptr || (records == nullptr && count > 0)) return -1;
-  files::NameCache names;
+  slog::NameCache names;
   std::fputs("Index     Bootup     Date           Time         System Startup Time     Event\r\n", file);
   std::fputs(
       "-----     ------     ----------     --------     -------------------     ---------------------------------\r\n",
       file);
   for (int n = 0; n < count; ++n) {
     const SlogSystemRecord &r = records[n];
-    char date[40];
-    char time[32];
+    DateTime d = padded(r.year + 1900, r.mon + 1, r.day, r.hour, r.min, r.sec);
+    std::snprintf(d.date, sizeof d.date, "%d/%d/%d", r.year + 1900, r.mon + 1, r.day);  // not zero-filled here
     char uptime[16] = {};
     char event[128] = {};
-    std::snprintf(date, sizeof date, "%d/%d/%d", r.year + 1900, r.mon + 1, r.day);
-    std::snprintf(time, sizeof time, "%02d:%02d:%02d", r.hour, r.min, r.sec);
     Uptime_to_str(r.uptime, uptime);
-    files::render_system_record(r, event, 1, sizeof event, &names);
-    std::fprintf(file, "%-10d%-11d%-15s%-13s%-24s%-33s\r\n", n + 1, static_cast<int>(r.bootup), date, time, uptime,
-                 event);
+    slog::render_system_record(r, event, 1, sizeof event, &names);
+    std::fprintf(file, "%-10d%-11d%-15s%-13s%-24s%-33s\r\n", n + 1, static_cast<int>(r.bootup), d.date, d.time,
+                 uptime, event);
     if (!write_separator(file)) return -1;
   }
   return 0;
@@ -94,7 +92,7 @@ SYSCOMMON_API int Write_IPsec_Log_File(FILE *file, int count, const SlogVpnRecor
   for (int n = 0; n < count; ++n) {
     const SlogVpnRecord &r = records[n];
     const DateTime d = padded(r.year + 1900, r.mon + 1, r.day, r.hour, r.min, r.sec);
-    std::fprintf(file, "%-10d%-15s%-13s[%s] %s\r\n", n + 1, d.date, d.time, r.text, files::vpn_description(r.code));
+    std::fprintf(file, "%-10d%-15s%-13s[%s] %s\r\n", n + 1, d.date, d.time, r.text, slog::vpn_description(r.code));
     if (!write_separator(file)) return -1;
   }
   return 0;
@@ -103,14 +101,14 @@ SYSCOMMON_API int Write_IPsec_Log_File(FILE *file, int count, const SlogVpnRecor
 SYSCOMMON_API int Write_Firewall_Log_File(FILE *file, int count, SlogLogEntry *entries) {
   if (file == nullptr || (entries == nullptr && count > 0)) return -1;
   std::fputs(kVpnHeader, file);
-  files::NameCache names;
+  slog::NameCache names;
   for (int n = 0; n < count; ++n) {
     SlogLogEntry &e = entries[n];
     e.year += 1900;  // in the caller's array, as the device does
     e.mon += 1;
     const DateTime d = padded(e.year, e.mon, e.day, e.hour, e.min, e.sec);
     char text[256] = {};
-    files::append_firewall_text(e, text, &names);
+    slog::append_firewall_text(e, text, &names);
     std::fprintf(file, "%-10d%-15s%-13s[%d] %s\r\n", n + 1, d.date, d.time, e.level, text);
     if (!write_separator(file)) return -1;
   }
@@ -141,7 +139,7 @@ SYSCOMMON_API int FirewallLogMake(void) {
   auto entries = std::make_unique<SlogLogEntry[]>(SLOG_MAX_ENTRIES);
   int count = 0;
   {
-    files::SemaphoreHold hold(files::kSemLogFiles);
+    slog::SemaphoreHold hold(slog::kSemLogFiles);
     count = Read_firewalllogfile(entries.get());
   }
   return Write_Firewall_Log_File(file.get(), count, entries.get());
@@ -150,11 +148,11 @@ SYSCOMMON_API int FirewallLogMake(void) {
 SYSCOMMON_API int KernelLogMake(void) {
   const std::string path = export_path(kKernelExport);
   run_command("rm  " + path + " 2> /dev/null");
-  return run_command("cp -f " + rooted(files::kKernelLog) + " " + path);
+  return run_command("cp -f " + rooted(slog::kKernelLog) + " " + path);
 }
 
 SYSCOMMON_API int AllLogMake(void) {
-  const std::string ramdisk = rooted(files::kRamdisk);
+  const std::string ramdisk = rooted(slog::kRamdisk);
   const std::string dir = ramdisk + "/" + kArchiveDir;
   run_command("mkdir " + dir + " 2> /dev/null");
   for (const char *name : {kFirewallExport, kVpnExport, kSystemExport})
