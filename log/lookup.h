@@ -22,6 +22,11 @@ const Entry *find_by_id(std::span<const Entry> table, uint32_t id) {
 inline const SlogDescEntry *find_event(uint32_t id) { return find_by_id<SlogDescEntry>(event_desc_table, id); }
 inline const SlogDescEntry *find_reason(uint32_t id) { return find_by_id<SlogDescEntry>(reason_desc_table, id); }
 
+// The vpn_log_table text of a code read from a file; "" for a code beyond the table.
+inline const char *vpn_description(uint32_t code) {
+  return code < SLOG_VPN_LOG_COUNT ? vpn_log_table[code].text : "";
+}
+
 }  // namespace syscommon::log
 
 #endif

@@ -1,10 +1,7 @@
 // Slog_put: reports one of a few fixed events through the log agent.
 #include <array>
 #include <cstdint>
-#include <cstdio>
-#include <string>
 
-#include "platform/host.h"
 #include "syscommon/log.h"
 
 namespace {
@@ -44,9 +41,6 @@ constexpr std::array<PutPair, 16> kPutMap = {{
 SYSCOMMON_API int Slog_put(int put_code, int /*ignored1*/, int /*ignored2*/) {
   const PutPair &p = kPutMap[static_cast<std::size_t>(put_code)];
   if (p.event == kUnused) return 0;
-  char cmd[64];
-  std::snprintf(cmd, sizeof cmd, "SendSyslog %d %d %d &", static_cast<int>(p.event), static_cast<int>(p.reason),
-                kPutArgument);
-  syscommon::run_command(cmd);
+  call_SendSyslog_to_log(static_cast<int>(p.event), static_cast<int>(p.reason), kPutArgument);
   return 0;
 }

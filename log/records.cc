@@ -38,6 +38,16 @@ bool scan_system_line(const char *line, SlogSystemRecord &rec) {
   return true;
 }
 
+std::string format_system_line(const SlogSystemRecord &rec) {
+  char line[128 + sizeof rec.text];
+  std::snprintf(line, sizeof line, "%04x%02x%01x0%08x%02x%02x%02x%02x%02x%04x%08x%.255s", rec.event_id & 0xFFFFu,
+                static_cast<unsigned>(rec.reason_id), rec.level & 0xFu, rec.bootup, static_cast<unsigned>(rec.sec) & 0xFFu,
+                static_cast<unsigned>(rec.min) & 0xFFu, static_cast<unsigned>(rec.hour) & 0xFFu,
+                static_cast<unsigned>(rec.day) & 0xFFu, static_cast<unsigned>(rec.mon) & 0xFFu,
+                static_cast<unsigned>(rec.year) & 0xFFFFu, rec.uptime, rec.text);
+  return line;
+}
+
 bool scan_vpn_line(const char *line, SlogVpnRecord &rec) {
   rec = SlogVpnRecord{};
   if (std::sscanf(line, "[%63[^]]]", rec.text) != 1) return false;

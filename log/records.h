@@ -3,6 +3,9 @@
 #ifndef SYSCOMMON_LOG_RECORDS_H
 #define SYSCOMMON_LOG_RECORDS_H
 
+#include <ctime>
+#include <string>
+
 #include "syscommon/log.h"
 
 namespace syscommon::log {
@@ -11,6 +14,32 @@ namespace syscommon::log {
 // '0', bootup, sec, min, hour, day, mon, year, uptime, then the argument text (which may
 // be missing). True when every number was read; `rec` is cleared first.
 bool scan_system_line(const char *line, SlogSystemRecord &rec);
+
+// Copies the six time fields (sec, min, hour, day, mon, year) between records and entries.
+template <class To, class From>
+void copy_time(To &to, const From &from) {
+  to.sec = from.sec;
+  to.min = from.min;
+  to.hour = from.hour;
+  to.day = from.day;
+  to.mon = from.mon;
+  to.year = from.year;
+}
+
+// A broken-down time (month from 0, year since 1900, as the records keep it) into a record.
+template <class Record>
+void put_tm(Record &rec, const std::tm &tm) {
+  rec.sec = tm.tm_sec;
+  rec.min = tm.tm_min;
+  rec.hour = tm.tm_hour;
+  rec.day = tm.tm_mday;
+  rec.mon = tm.tm_mon;
+  rec.year = tm.tm_year;
+}
+
+// The line the log agent writes for `rec` (without its newline), in the form above: the
+// level in one digit (low four bits), the text up to its terminator.
+std::string format_system_line(const SlogSystemRecord &rec);
 
 // "[text] " then code (8), sec, min, hour, day, mon (2 each), year (4). True when the
 // text and every number were read; `rec` is cleared first.

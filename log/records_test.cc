@@ -39,6 +39,23 @@ TEST(LogRecords, SystemLine) {
   EXPECT_FALSE(scan_system_line("000d24610000002a030405020b007e", r));  // no uptime
 }
 
+TEST(LogRecords, SystemLineWrittenAsTheAgentDoes) {
+  SlogSystemRecord r{};
+  r.event_id = 0x2a;
+  r.reason_id = 0xff;
+  r.level = 0x16;  // one digit: the low four bits
+  r.bootup = 0xdeadbeef;
+  r.sec = 59, r.min = 7, r.hour = 23, r.day = 31, r.mon = 11, r.year = 126;
+  r.uptime = 0x12345678;
+  std::strcpy(r.text, "VLAN 5");
+  const std::string line = syscommon::log::format_system_line(r);
+  EXPECT_EQ(line, "002aff60deadbeef3b07171f0b007e12345678VLAN 5");
+  SlogSystemRecord back{};
+  ASSERT_TRUE(scan_system_line(line.c_str(), back));
+  r.level = 6;
+  EXPECT_EQ(fields(back), fields(r));
+}
+
 TEST(LogRecords, VpnLine) {
   SlogVpnRecord r{};
   ASSERT_TRUE(scan_vpn_line("[tunnel1 200102] 0000000a1e1f0c05020072\n", r));

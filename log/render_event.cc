@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "log/lookup.h"
+#include "log/render.h"
 #include "util/format.h"
 #include "util/identity.h"
 #include "syscommon/hw.h"
@@ -19,8 +20,6 @@
 namespace {
 
 using syscommon::format_into;
-using syscommon::log::find_event;
-using syscommon::log::find_reason;
 
 constexpr std::size_t kDetailSize = 128;
 
@@ -151,14 +150,19 @@ void build_detail(uint32_t event, const Remapped &r, const SlogDescEntry &reason
 }
 
 // Name of port `number` in the device's port-name list ("" outside the list).
-std::string port_name(int number) {
+std::string port_name(int number, syscommon::log::NameCache *cache) {
   if (number < 0 || number >= SHM_PORT_NAME_COUNT) return {};
-  return std::string(syscommon::identity_port_name(syscommon::identity_record(), number));
+  if (cache == nullptr) return std::string(syscommon::identity_port_name(syscommon::identity_record(), number));
+  if (!cache->identity) cache->identity = syscommon::identity_record();
+  return std::string(syscommon::identity_port_name(*cache->identity, number));
 }
 
 }  // namespace
 
-SYSCOMMON_API int Eventlog_to_Str(SlogSystemRecord record, char *out, int show_msg_id, size_t size) {
+namespace syscommon::log {
+
+int render_system_record(const SlogSystemRecord &record, char *out, int show_msg_id, std::size_t size,
+                         NameCache *cache) {
   const SlogDescEntry *event = find_event(record.event_id);
   if (event == nullptr) return 0;
   if (record.reason_id == 0) {
@@ -185,13 +189,19 @@ SYSCOMMON_API int Eventlog_to_Str(SlogSystemRecord record, char *out, int show_m
   const int bootup = static_cast<int>(record.bootup);
   const std::span<char> dst(out, size);
   if (r.reason == kReasonPort)
-    format_into(dst, "%s[%s] %s %s, Bootup:%d, Startup:%s", prefix, event->text, detail, port_name(r.number).c_str(), bootup,
-        uptime);
+    format_into(dst, "%s[%s] %s %s, Bootup:%d, Startup:%s", prefix, event->text, detail,
+                port_name(r.number, cache).c_str(), bootup, uptime);
   else if (r.number == 0 || record.event_id == kEventRuleTerminated || record.event_id == kEventSessionLog)
     format_into(dst, "%s[%s] %s, Bootup:%d, Startup:%s", prefix, event->text, detail, bootup, uptime);
   else
     format_into(dst, "%s[%s] %s %d, Bootup:%d, Startup:%s", prefix, event->text, detail, r.number, bootup, uptime);
   return 1;
+}
+
+}  // namespace syscommon::log
+
+SYSCOMMON_API int Eventlog_to_Str(SlogSystemRecord record, char *out, int show_msg_id, size_t size) {
+  return syscommon::log::render_system_record(record, out, show_msg_id, size, nullptr);
 }
 
 SYSCOMMON_API int Slog_printArg(char *out, size_t size, int event_id, int reason_id) {

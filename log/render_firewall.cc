@@ -8,14 +8,13 @@
 #include <string>
 
 #include "log/lookup.h"
-#include "util/format.h"
+#include "log/render.h"
 #include "syscommon/log.h"
 #include "syscommon/shm.h"
 
 namespace {
 
 using syscommon::log::find_by_id;
-using syscommon::vformat_text;
 
 constexpr std::size_t kPieceSize = 256;    // each piece is formatted into this scratch
 constexpr std::size_t kMaxAppended = 255;  // what the caller's buffer has room for
@@ -44,16 +43,22 @@ constexpr AttackName kAttackNames[] = {
 class Appender {
  public:
   [[gnu::format(printf, 2, 3)]] void add(const char *fmt, ...) {
+    char piece[kPieceSize];
     va_list args;
     va_start(args, fmt);
-    std::string piece = vformat_text(kPieceSize, fmt, args);
+    const int n = std::vsnprintf(piece, sizeof piece, fmt, args);  // NOLINT(clang-analyzer-valist.Uninitialized)
     va_end(args);
-    text_.append(piece, 0, std::min(piece.size(), kMaxAppended - text_.size()));
+    if (n <= 0) return;
+    const std::size_t take = std::min({static_cast<std::size_t>(n), sizeof piece - 1, kMaxAppended - len_});
+    std::memcpy(text_ + len_, piece, take);
+    len_ += take;
+    text_[len_] = '\0';
   }
-  const std::string &text() const { return text_; }
+  [[nodiscard]] const char *text() const { return text_; }
 
  private:
-  std::string text_;
+  char text_[kMaxAppended + 1] = {};
+  std::size_t len_ = 0;
 };
 
 std::string dotted(uint32_t addr) {
@@ -67,11 +72,14 @@ std::string dotted(uint32_t addr) {
 // Interface name of a VLAN id, in the device's own (kept) order: "BRG" survives only when
 // bridge record 0 and zone-bridge record 0 both have the id; otherwise the user-interface
 // lookup has the last word.
-std::string interface_name(uint32_t vid) {
+std::string interface_name(uint32_t vid, syscommon::log::NameCache *cache) {
+  if (cache != nullptr)
+    if (auto it = cache->interfaces.find(vid); it != cache->interfaces.end()) return it->second;
   char name[64] = {};  // the lookups write at most 32 bytes, so the name stays terminated
   const int id = static_cast<int>(vid);
   const bool bridge = get_shm_brg_interface_name_by_vid(id, name) != 0;
   if (!bridge || get_shm_zone_brg_interface_name_by_vid(id, name) == 0) get_shm_usr_interface_name_by_vid(id, name);
+  if (cache != nullptr) cache->interfaces.emplace(vid, name);
   return name;
 }
 
@@ -82,9 +90,10 @@ const char *short_text(std::span<const SlogShortEntry> table, uint32_t id) {
 
 }  // namespace
 
-SYSCOMMON_API void firewallLog_to_str(const SlogLogEntry *entry, char *out) {
-  if (entry == nullptr || out == nullptr) return;
-  const SlogFirewallRecord &fw = entry->body.firewall;
+namespace syscommon::log {
+
+void append_firewall_text(const SlogLogEntry &entry, char *out, NameCache *cache) {
+  const SlogFirewallRecord &fw = entry.body.firewall;
   Appender a;
   if (fw.id == SLOG_FW_POLICY_HIT) {
     a.add("[R%d] ", static_cast<int>(fw.rule_index));
@@ -108,11 +117,18 @@ SYSCOMMON_API void firewallLog_to_str(const SlogLogEntry *entry, char *out) {
       a.add("PROTO=0x%X, ", fw.proto);
     a.add("SRC_IP=%s, ", dotted(fw.src_ip).c_str());
     if (fw.src_port != 0) a.add("SRC_PORT=%d, ", static_cast<int>(fw.src_port));
-    a.add("IN=%s, ", interface_name(fw.in_vid).c_str());
+    a.add("IN=%s, ", interface_name(fw.in_vid, cache).c_str());
     a.add("DST_IP=%s, ", dotted(fw.dst_ip).c_str());
     if (fw.dst_port != 0) a.add("DST_PORT=%d, ", static_cast<int>(fw.dst_port));
-    a.add("OUT=%s", interface_name(fw.out_vid).c_str());
+    a.add("OUT=%s", interface_name(fw.out_vid, cache).c_str());
   }
   if (fw.repeat != 0) a.add(" This event has happened more than once.");
-  std::strcat(out, a.text().c_str());
+  std::strcat(out, a.text());
+}
+
+}  // namespace syscommon::log
+
+SYSCOMMON_API void firewallLog_to_str(const SlogLogEntry *entry, char *out) {
+  if (entry == nullptr || out == nullptr) return;
+  syscommon::log::append_firewall_text(*entry, out, nullptr);
 }

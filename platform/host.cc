@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <syslog.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -33,6 +34,17 @@ int run_command(const std::string &command) {
   trace_command(command);
   std::fflush(nullptr);  // keep our buffered output ahead of the command's
   return std::system(command.c_str());
+}
+
+bool path_exists(const std::string &path) {
+  struct stat st {};
+  return ::stat(path.c_str(), &st) == 0;
+}
+
+void syslog_once(const char *ident, int priority, const char *text) {
+  openlog(ident, 0, 0);
+  syslog(priority, "%s", text);
+  closelog();
 }
 
 File open_file(const std::string &path, const char *mode) { return File(std::fopen(path.c_str(), mode)); }

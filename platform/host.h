@@ -27,6 +27,13 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
+// True when `path` exists (stat succeeds).
+bool path_exists(const std::string &path);
+
+// One message to the local syslog service: openlog(ident, no options, facility 0),
+// syslog(priority, "%s", text), closelog().
+void syslog_once(const char *ident, int priority, const char *text);
+
 // fopen of a path as given (callers root fixed paths with rooted()).
 File open_file(const std::string &path, const char *mode);
 

@@ -29,6 +29,11 @@ int main(void) {
   CHECK(sizeof(InterfaceMessage) == 4108);
   CHECK(sizeof(ShmEepromInfo) == 700);
   CHECK(Slog_getEventDescTableSize() == 35);
+  CHECK(sizeof(SlogTextEntry) == 288 && sizeof(SlogSecurityNotification) == 72);
+  {
+    char dquad[16];
+    CHECK(ip_hex_to_dquad("0100A8C0", dquad, sizeof dquad, 1) == 0 && strcmp(dquad, "192.168.0.1") == 0);
+  }
   CHECK(timezone_str[21] != NULL);
   CHECK(month_str_to_int("Feb") == 2);
   CHECK(isValidIpAddress("192.168.1.1") != isValidIpAddress("192.168.1"));

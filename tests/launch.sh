@@ -10,7 +10,10 @@ shift
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(mktemp -d "${TMPDIR:-/tmp}/syscommon-root.XXXXXX")
 trap 'rm -rf "$root"' EXIT
-"$here/../tools/mksimroot.sh" "$root" || exit 1
+# The build folder holding the binary (the stand-ins are built there too).
+build=$(cd "$(dirname "$bin")" && pwd)
+while [ "$build" != / ] && [ ! -f "$build/CMakeCache.txt" ]; do build=$(dirname "$build"); done
+"$here/../tools/mksimroot.sh" "$root" "$build" || exit 1
 
 export SYSCOMMON_ROOT="$root"
 export SYSCOMMON_TRACE="$root/trace"

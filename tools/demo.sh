@@ -10,7 +10,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 if [ -z "${SYSCOMMON_DEMO_INSIDE:-}" ]; then
   root="$build/demo-root"
   rm -rf "$root"
-  "$here/mksimroot.sh" "$root"
+  "$here/mksimroot.sh" "$root" "$build"
   export SYSCOMMON_ROOT="$root" SYSCOMMON_TRACE="$root/trace" SYSCOMMON_DEMO_INSIDE=1
   export PATH="$root/bin:$PATH"
   : >"$SYSCOMMON_TRACE"

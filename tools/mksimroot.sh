@@ -1,9 +1,12 @@
 #!/bin/bash
-# Lays out a simulated device root: the directories the library names by fixed path, and
-# the stand-ins for the device's other programs (tools/sim/).
-# Usage: mksimroot.sh DIR
+# Lays out a simulated device root: the directories the library names by fixed path and
+# the stand-ins for the device's own programs (tools/sim/; the built ones when the build
+# folder is given).
+# Usage: mksimroot.sh DIR [BUILD_DIR]
 set -eu
 root="$1"
+build="${2:-}"
+here=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$root"
 for d in bin dev etc tmp proc/tarn proc/tarnarm11 mnt/ramdisk/socket mnt/log1 mnt/log2 mnt/cfg2 \
          usr/quagga/bin lumenP/cli sbin var/run etc/openvpn/rsa mnt/log1/openvpn/server_keys \
@@ -11,7 +14,13 @@ for d in bin dev etc tmp proc/tarn proc/tarnarm11 mnt/ramdisk/socket mnt/log1 mn
   mkdir -p "$root/$d"
 done
 : >"$root/proc/tarn/ifsInfo"
-sim="$(cd "$(dirname "$0")" && pwd)/sim"
+echo 1 >"$root/mnt/log2/KVR900_BOOTUP_LOG"
+# The log agent by bare name (on PATH) and by its full path; conntrack by bare name.
+if [ -n "$build" ] && [ -x "$build/tools/sim/SendSyslog" ]; then
+  cp "$build/tools/sim/SendSyslog" "$root/bin/SendSyslog"
+  cp "$build/tools/sim/SendSyslog" "$root/sbin/SendSyslog"
+fi
+cp "$here/sim/conntrack" "$root/bin/conntrack"
 : >"$root/proc/tarnarm11/openvpn_tap"
-install -m 755 "$sim/build-dh" "$root/etc/openvpn/rsa/build-dh"
-install -m 644 "$sim/vars_kvr810" "$root/etc/openvpn/rsa/vars_kvr810"
+install -m 755 "$here/sim/build-dh" "$root/etc/openvpn/rsa/build-dh"
+install -m 644 "$here/sim/vars_kvr810" "$root/etc/openvpn/rsa/vars_kvr810"

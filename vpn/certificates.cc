@@ -27,11 +27,6 @@ constexpr int kHashLine = 128;  // room for one line of "openssl md5" output
 
 const char *text_or_empty(const char *s) { return s != nullptr ? s : ""; }
 
-bool exists(const std::string &path) {
-  const auto f = open_file(path, "r");
-  return static_cast<bool>(f);
-}
-
 // The part of a PKCS#12 extraction after the bundle and output: the bundle's password and
 // an empty password for what is written.
 std::string password_part(const char *password) {
@@ -40,13 +35,13 @@ std::string password_part(const char *password) {
 
 // Runs one extraction command and checks that it made `out`.
 int extract(const char *function, const char *bundle, const std::string &command, const char *out) {
-  if (bundle == nullptr || !exists(bundle)) return -1;
+  if (bundle == nullptr || !syscommon::path_exists(bundle)) return -1;
   const int rv = run_command(command);
   if (rv != 0) {
     std::printf("%s() cmd = %s, rv = %d\n", function, command.c_str(), rv);
     return -2;
   }
-  return exists(text_or_empty(out)) ? 0 : -3;
+  return syscommon::path_exists(text_or_empty(out)) ? 0 : -3;
 }
 
 // The modulus-hash files and the commands that write them.
@@ -115,7 +110,7 @@ SYSCOMMON_API int openssl_pkcs12GetClcert(const char *bundle, const char *passwo
 }
 
 SYSCOMMON_API int openssl_pkcs12CheckFile(const char *bundle, const char *password, const char outs[3][128]) {
-  if (bundle == nullptr || !exists(bundle)) return -1;
+  if (bundle == nullptr || !syscommon::path_exists(bundle)) return -1;
   if (openssl_pkcs12GetClcert(bundle, password, outs[2]) != 0) return -3;
   if (openssl_pkcs12GetCAcert(bundle, password, outs[0]) != 0) return -4;
   if (openssl_pkcs12GetPrivKey(bundle, password, outs[1]) != 0) return -5;
@@ -123,7 +118,7 @@ SYSCOMMON_API int openssl_pkcs12CheckFile(const char *bundle, const char *passwo
 }
 
 SYSCOMMON_API int openvpn_getCertSubject(const char *cert, char *subject, int size) {
-  if (cert == nullptr || !exists(cert)) return -1;
+  if (cert == nullptr || !syscommon::path_exists(cert)) return -1;
   auto pipe = open_pipe(format_text(kCommandSize, "openssl x509 -noout -in %s -subject", cert), "r");
   if (!pipe) return -2;
   std::string line;

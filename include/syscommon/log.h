@@ -10,9 +10,12 @@
 #ifndef SYSCOMMON_LOG_H
 #define SYSCOMMON_LOG_H
 
+#include <pthread.h>
+#include <stdarg.h>
 #include <stdbool.h>
 #include <stddef.h>
 #include <stdint.h>
+#include <stdio.h>
 
 #include "syscommon/export.h"
 
@@ -128,7 +131,7 @@ typedef struct SlogFirewallRecord {
 } SlogFirewallRecord;
 
 /* Log entry: the in-memory form of one event of any log. */
-enum { SLOG_TYPE_VPN = 1, SLOG_TYPE_FIREWALL = 2, SLOG_TYPE_SYSTEM = 3 };
+enum { SLOG_TYPE_VPN = 1, SLOG_TYPE_FIREWALL = 2, SLOG_TYPE_SYSTEM = 3, SLOG_TYPE_KERNEL = 4 };
 typedef struct SlogLogEntry {
   int32_t level;      /* 0..7 */
   int32_t log_type;   /* SLOG_TYPE_... */
@@ -200,6 +203,161 @@ SYSCOMMON_API int get_ddm_msg(const char *code, char *out, size_t size);
  * byte; every other field 0) with the message number, bounded by `size` (reason 0 as in
  * Eventlog_to_Str). Returns the length of the text. */
 SYSCOMMON_API int Slog_printArg(char *out, size_t size, int event_id, int reason_id);
+
+/* ---- Log files, parsing and export ---- */
+
+/* Text entry: a log entry turned into text, for sorting and display. Unlike the log
+ * entry, month counts from 1 and year is the full year (e.g. 2014). */
+typedef struct SlogTextEntry {
+  char text[256];
+  int32_t sec, min, hour, day, month, year;
+  int32_t level;
+  int32_t log_type;   /* SLOG_TYPE_..., 4 = kernel */
+} SlogTextEntry;
+
+SYSCOMMON_STATIC_ASSERT(sizeof(SlogTextEntry) == 288 && offsetof(SlogTextEntry, sec) == 256 &&
+                            offsetof(SlogTextEntry, level) == 280 && offsetof(SlogTextEntry, log_type) == 284,
+                        "text entry");
+
+/* Every reader fills at most this many entries; callers provide arrays of this size. */
+enum { SLOG_MAX_ENTRIES = 1000 };
+
+/* Readers. Each returns the number of entries filled, 0 when the file cannot be opened.
+ * A line longer than the reader's buffer counts as one line; the part beyond the buffer
+ * is not read. A line that does not scan gives no entry. */
+/* "/mnt/log2/vpn_log" into VPN bodies, under semaphore 1517. */
+SYSCOMMON_API int Read_ipseclogfile(SlogVpnRecord *records);
+/* "/mnt/log2/firewall_log"; the caller holds semaphore 1519. A file of more than 1000
+ * lines gives 0 (not shown until trimmed). A line starting with white space is skipped
+ * but keeps its position (an empty entry); the result counts the parsed lines only. */
+SYSCOMMON_API int Read_firewalllogfile(SlogLogEntry *entries);
+/* "/mnt/log2/KVR900_LOG1", then the lines of "/mnt/log2/KVR900_LOG2" beyond the count
+ * read from the first, into system bodies; the caller holds semaphore 1519. */
+SYSCOMMON_API int Read_systemlogfile(SlogLogEntry *entries);
+/* Common entry: 1 VPN, 2 firewall, 3 system (the semaphore taken here); entries get
+ * level, type and time filled. Any other type gives 0. */
+SYSCOMMON_API int Read_logfile(SlogLogEntry *entries, int log_type);
+/* Read_logfile into a scratch array, then cpLog2TarnLog. */
+SYSCOMMON_API int Read_tarnlogfile(SlogTextEntry *texts, int log_type, int min_level, int max_level);
+/* Converts the entries whose level lies in min_level..max_level (inclusive, input order)
+ * to text entries; returns how many were written. */
+SYSCOMMON_API int cpLog2TarnLog(SlogTextEntry *texts, SlogLogEntry *entries, int log_type, int count,
+                                int min_level, int max_level);
+
+/* Parses "YYYY-MM-DD hh:mm:ss severity [host] category: word: text" (the line is cut up
+ * in place). 1 when parsed, 0 when the line ends early (the entry is then partly
+ * filled). */
+SYSCOMMON_API int paserTarnlog(char *line, SlogTextEntry *entry);
+/* Parses a firewall event in syslog-text form ("<pri>YYYY-MM-DD hh:mm:ss severity [host]
+ * category: ID [flags] [Rn] TARGET SRC_MAC=..., ...") back into a log entry (the line is
+ * cut up in place). 1 when parsed; 0 after printing the failing step's message. */
+SYSCOMMON_API int paserTarnFirewalllog(char *line, SlogLogEntry *entry);
+/* Splits "a,b" at its first comma (in place): *a = atoi(a), *b = atoi(b); returns *b.
+ * Without a comma *b is 0. */
+SYSCOMMON_API int paserTarnlogIdx(char *text, int *a, int *b);
+/* Copies what follows `key` in `haystack` (an empty key: the whole haystack) into `out`
+ * after clearing its `size` bytes: returns the length copied, 0 when that text is empty
+ * or not shorter than `size`, -1 (with a message) when the key is missing. */
+SYSCOMMON_API int getVariableFromString(const char *key, const char *haystack, char *out, int size);
+/* First alphanumeric character of text, or null. */
+SYSCOMMON_API char *getNextChar(char *text);
+/* Sort key: ((((year*12+month)*30+day)*24+hour)*60+min)*60+sec in wrapping 32-bit
+ * arithmetic, as a double. It orders; it does not measure. */
+SYSCOMMON_API double convertDateTime2Sec(const SlogTextEntry *entry);
+SYSCOMMON_API void swapData(SlogTextEntry *texts, int i, int j);
+/* Sorts texts[lo..hi] newest first (not stable). */
+SYSCOMMON_API void quickSort(SlogTextEntry *texts, int lo, int hi);
+
+/* Export writers: fixed-width tables with CR LF line ends into an open file; 0, or -1
+ * when a separator line cannot be written. Write_Firewall_Log_File turns each entry's
+ * year and month into 1900 + year and month + 1 IN PLACE: an array exported twice is
+ * changed twice. */
+SYSCOMMON_API int Write_Log_File(FILE *file, int count, const SlogSystemRecord *records);
+SYSCOMMON_API int Write_IPsec_Log_File(FILE *file, int count, const SlogVpnRecord *records);
+SYSCOMMON_API int Write_Firewall_Log_File(FILE *file, int count, SlogLogEntry *entries);
+/* Export makers: "/mnt/ramdisk/TARN_LOG.ini", "TARN_IPSec_LOG.ini", "TARN_Firewall_LOG.ini"
+ * and "TARN_Kernel_LOG.ini" (the kernel log copied as it is). Each returns the writer's
+ * result (the copy's status for the kernel log), -1 after "%s fopen error". */
+SYSCOMMON_API int SytemLogMake(void);
+SYSCOMMON_API int IPSecLogMake(void);
+SYSCOMMON_API int FirewallLogMake(void);
+SYSCOMMON_API int KernelLogMake(void);
+/* Packs the three exports made before and the memory-usage record into
+ * "TARN_All_LOG.tar.gz" in the CURRENT WORKING DIRECTORY, which must be "/mnt/ramdisk"
+ * for the archive to hold anything. Returns the status of the final clean-up. */
+SYSCOMMON_API int AllLogMake(void);
+/* Line count of a file ("wc -l"); 0 when the command cannot start or prints nothing. */
+SYSCOMMON_API int get_tarn_log_lines(const char *path);
+/* Mode 1 inserts `text` as the first line of `path`, mode 2 deletes line `line` (through
+ * `tmp_path`); then every other file of "/mnt/log2/" named like "firewall_log" is removed.
+ * Returns the status of that removal. */
+SYSCOMMON_API int doSedForLogFile(const char *path, const char *tmp_path, int line, int mode, const char *text);
+
+/* ---- Event launchers and syslog forwarding ---- */
+
+/* Each launcher starts the log agent in the background through the shell and returns the
+ * shell's status (which only says whether the shell started). Texts reach the shell as
+ * they are: callers must not pass untrusted text holding shell metacharacters. */
+/* "SendSyslog %d %d %d &". */
+SYSCOMMON_API int call_SendSyslog_to_log(int event, int reason, int arg);
+/* "SendSyslog %d %d %d '%s' &" (no text: the form above), cut to 255 characters. */
+SYSCOMMON_API int call_SendSyslog_with_msg_to_log(int event, int reason, int arg, const char *text);
+/* Event 30 ("Event log capacity is over threshold.") with reason log_reason, argument 6. */
+SYSCOMMON_API int send_log_over_threshold(int log_reason);
+/* "SendSyslog %d %d %d %s > /dev/null 2>&1 &": result 16 gives reason 36, 17 and 0 give
+ * 35, any other result is the reason. A user "'" or "\"" (or null) becomes
+ * "unknown_user"; any other name is placed unquoted. */
+SYSCOMMON_API int Lsyscommon_SendLoginResult_with_UserName(int event, int result, int arg, const char *user);
+/* Reports event 42 / reason 116 with the text of `reason` through "/sbin/SendSyslog" when
+ * that reason exists, waits one second, then runs "conntrack -F"; returns its status. */
+SYSCOMMON_API int flush_conntrack_and_log(int reason);
+
+/* Syslog queue: 64 slots, no lock. syslog_send fills the slot at syslog_write_index and
+ * advances it (63 wraps to 0); the thread sends slots to syslog, at most two a second. */
+enum { SLOG_SYSLOG_SLOTS = 64, SLOG_SYSLOG_TEXT = 256 };
+SYSCOMMON_API extern char messages[SLOG_SYSLOG_SLOTS][SLOG_SYSLOG_TEXT];
+SYSCOMMON_API extern int32_t priorities[SLOG_SYSLOG_SLOTS];
+SYSCOMMON_API extern int32_t syslog_write_index;
+SYSCOMMON_API extern int32_t ThreadSyslog;     /* last flag given to syslog_send; not read */
+SYSCOMMON_API extern pthread_t syslog_th;
+SYSCOMMON_API extern pthread_attr_t syslog_attr;
+SYSCOMMON_API extern int32_t syslog_pthred_arg; /* passed to the thread, which ignores it */
+/* Starts Syslog_thread (call once per process); pthread_create's result. */
+SYSCOMMON_API int startup_syslog_thread(void);
+/* Queues one message. A text of 256 characters or more fills its slot and its terminator
+ * lands on the first byte of the next slot (kept as the device does; after the last slot
+ * it lands on a private byte). A burst of more than 64 overwrites unsent slots. Returns 0. */
+SYSCOMMON_API int syslog_send(const char *text, int priority, int flag);
+/* The thread body: never returns. */
+SYSCOMMON_API void *Syslog_thread(void *arg);
+
+/* Security notification: 72-byte datagram to the notification agent. */
+typedef struct SlogSecurityNotification {
+  uint32_t log_type;  /* 2 firewall, 3 system */
+  uint32_t event_id;
+  uint8_t zero[64];
+} SlogSecurityNotification;
+SYSCOMMON_STATIC_ASSERT(sizeof(SlogSecurityNotification) == 72, "security notification");
+/* Sends the entry's type and event id to socket "NET_SECURITY_NOTIFICATION_SENDLOG.SOCKET"
+ * through send_agent; -1 for a VPN (or other) entry and for an accepted policy-rule hit. */
+SYSCOMMON_API int Send_Security_Notification(const SlogLogEntry *entry);
+
+/* Debug appenders. */
+/* File name under "/mnt/ramdisk" that ramdisk_debug appends to (initially "rdfile"). */
+SYSCOMMON_API extern const char *rdfile;
+/* "echo %s >> /mnt/ramdisk/<rdfile>" (text unquoted); the shell's status. */
+SYSCOMMON_API int ramdisk_debug(const char *text);
+/* Appends "[uptime] message" (message cut to 255 characters) to
+ * "/mnt/ramdisk/tarn_debug_msg"; the shell's status. */
+SYSCOMMON_API int tarn_debug_message(const char *format, ...) __attribute__((format(printf, 1, 2)));
+SYSCOMMON_API int tarn_vdebug_message(const char *format, va_list args) __attribute__((format(printf, 1, 0)));
+/* Writes the `count` numbers of oid as "%ld" joined by points into `out` (NOT bounded:
+ * the caller sizes it); returns the length. A count below 1 writes an empty text. */
+SYSCOMMON_API int Get_Oid_to_Str(const long *oid, char *out, int count);
+/* Four hexadecimal bytes "%2x%2x%2x%2x" as "%u.%u.%u.%u" into out (size bytes), in the
+ * order read (order 0) or reversed (order non-zero, for little-endian /proc tables);
+ * -1 when hex does not hold four bytes. */
+SYSCOMMON_API int ip_hex_to_dquad(const char *hex, char *out, size_t size, int order);
 
 SYSCOMMON_END_DECLS
 
