@@ -93,7 +93,7 @@ int counted(uint8_t code, std::size_t record_size, void **records, int *count, v
 
 int getPimSmBsr(void *bsr) {
   Exchange x("UI2PIM", "PIM2UI");
-  if (x.request(1)) x.receive(bsr, 8, Wait::once);
+  if (x.request(1)) x.receive(bsr, PIM_BSR_SIZE, Wait::once);
   return x.close();
 }
 

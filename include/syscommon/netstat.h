@@ -177,6 +177,7 @@ SYSCOMMON_API int Get_lldpinfo(LldpNeighbor neighbors[LLDP_MAX_NEIGHBORS]);
  * every path and the result is that of closing them (0). An unanswered request leaves the
  * caller's count and buffers as they were, so callers zero them first. */
 enum {
+  PIM_BSR_SIZE = 8,
   PIM_RP_RECORD_SIZE = 20,
   PIM_NEIGHBOR_RECORD_SIZE = 48,
   PIM_ROUTE_RECORD_SIZE = 28,
