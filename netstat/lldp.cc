@@ -32,8 +32,8 @@ int Get_lldpinfo(LldpNeighbor neighbors[LLDP_MAX_NEIGHBORS]) {
       char *at = std::strstr(line, kKeys[k]);
       if (at == nullptr) continue;
       char *value = at + std::strlen(kKeys[k]);
-      Ssys_stripspace(value);
       Ssys_stripCR(value);
+      Ssys_stripspace(value);
       if (k == 0)
         n.port = std::atoi(value);
       else

@@ -37,8 +37,8 @@ bool parse_route(char *line, RouteRecord &r) {
   if (char *comma = std::strchr(line, ','); comma != nullptr) {
     *comma = '\0';
     copy_text(ifname, comma[1] != '\0' ? comma + 2 : comma + 1);
-    Ssys_stripspace(ifname);
     Ssys_stripCR(ifname);
+    Ssys_stripspace(ifname);
   }
   char *save = nullptr;
   const char *type = strtok_r(line, " ", &save);
