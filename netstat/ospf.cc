@@ -2,6 +2,9 @@
 // table and the link-state database.
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
+#include <span>
+#include <string>
 
 #include "netstat/internal.h"
 #include "syscommon/netstat.h"
@@ -14,6 +17,27 @@ using namespace syscommon;
 using namespace syscommon::netstat;
 
 constexpr int kLineSize = 256;
+
+// The blank-separated words of a line, each cut to its field's width; `columns` names the
+// field of each word in turn (an empty span skips that word).
+void split_columns(const char *line, std::initializer_list<std::span<char>> columns) {
+  const char *p = line;
+  for (std::span<char> field : columns) {
+    p += std::strspn(p, " \t\r\n");
+    const std::size_t n = std::strcspn(p, " \t\r\n");
+    if (n == 0) return;
+    if (!field.empty()) copy_text(field, std::string(p, n).c_str());
+    p += n;
+  }
+}
+
+// "KEY:VALUE": the key is the text before the first colon (the whole line without one),
+// the value the first word after it; both cut to their fields.
+void split_pair(const char *line, std::span<char> key, std::span<char> value) {
+  const char *colon = std::strchr(line, ':');
+  copy_text(key, std::string(line, colon != nullptr ? static_cast<std::size_t>(colon - line) : std::strlen(line)).c_str());
+  if (colon != nullptr) split_columns(colon + 1, {value});
+}
 
 // Runs `show` into the scratch files, skips `skip` lines and hands each further line, up
 // to lines - reserve, to `parse`. The readers' shared shape and failure codes.
@@ -48,7 +72,7 @@ int read_pairs(const char *show, int line_no, const char *function, Each each) {
   while (std::fgets(line, sizeof line, p.get()) != nullptr) {
     Ssys_stripCR(line);
     char key[32] = "", value[32] = "";
-    std::sscanf(line, "%31[^:]:%31s", key, value);
+    split_pair(line, key, value);
     if (!each(key, value)) break;
   }
   return 0;
@@ -77,12 +101,11 @@ int getOSPFIfState(OspfIfState *states) {
 int getOSPFNeighborTable(OspfNeighbor **out) {
   return read_table(out, "show ip ospf neighbor", "/mnt/ramdisk/ospf_nt_tmp", "/mnt/ramdisk/ospf_nt_len", 2, 2,
                     [](const char *line, OspfNeighbor &r) {
-                      char port[32] = "";
-                      std::sscanf(line, "%31s %7s %31s %*s %31s %31s", r.neighbor_id, r.priority, r.state, r.address,
-                                  port);
+                      // The dead time (fourth column) is skipped.
+                      char port[32] = "", ifname[32] = "", address[32] = "";
+                      split_columns(line, {r.neighbor_id, r.priority, r.state, {}, r.address, port});
                       // "eth0.2:10.0.0.1": the interface before the colon, shown by its user name.
-                      char ifname[32] = "";
-                      std::sscanf(port, "%31[^:]", ifname);
+                      split_pair(port, ifname, address);
                       get_shm_usr_interface_name_by_vid(get_shm_vid_by_interface_name(ifname), r.port);
                       r.port[sizeof r.port - 1] = '\0';
                     });
@@ -91,7 +114,6 @@ int getOSPFNeighborTable(OspfNeighbor **out) {
 int getOSPFDBTable(OspfDbRecord **out) {
   return read_table(out, "show ip ospf db-tarn", "/mnt/ramdisk/ospf_dt_tmp", "/mnt/ramdisk/ospf_dt_len", 4, 3,
                     [](const char *line, OspfDbRecord &r) {
-                      std::sscanf(line, "%31s %15s %31s %31s %7s %31s", r.area, r.type, r.link_id, r.adv_router,
-                                  r.age, r.seq);
+                      split_columns(line, {r.area, r.type, r.link_id, r.adv_router, r.age, r.seq});
                     });
 }

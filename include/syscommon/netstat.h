@@ -162,8 +162,8 @@ typedef struct LldpNeighbor {
 SYSCOMMON_STATIC_ASSERT(sizeof(LldpNeighbor) == 4 + 7 * 256, "LLDP neighbor record");
 
 /* Reads "/mnt/ramdisk/lldpinfo2": each line starting " ----------" opens the next record;
- * other lines carry one key and its value (leading and trailing blanks and line ends removed, texts cut to 255
- * characters). Keys before the first separator belong to no record and are dropped.
+ * other lines carry one key and its value (trimmed of blanks and line ends, texts cut to
+ * 255 characters). Keys before the first separator belong to no record and are dropped.
  * Returns the records counted (a trailing separator counts one more, empty, record); a
  * 65th separator stops the reading and 65 is returned (64 records filled). 0 and
  * "Get_lldpinfo, lldp fopen error" when the file is missing. */
