@@ -34,9 +34,11 @@ class Exchange {
   Exchange(const Exchange &) = delete;
   Exchange &operator=(const Exchange &) = delete;
 
-  // Sends the request code; the address length is the socket path's length plus 2.
+  // Sends the request code; the address length is the socket path's length plus 2. A
+  // failed send is not looked at: the wait for the answer that follows decides.
   bool request(uint8_t code) {
-    return ready_ && local_sendto(send_.fd, &code, 1, send_.address, send_.addr_len) == 1;
+    if (ready_) local_sendto(send_.fd, &code, 1, send_.address, send_.addr_len);
+    return ready_;
   }
 
   // One datagram of at most `size` bytes into `into`; false when none came.
