@@ -256,10 +256,10 @@ typedef struct ConfCmpParams {
   uint32_t key_offset;   /* a record whose key is 0 is unused and ends a table */
 } ConfCmpParams;
 
-/* Zeroes flags[0..count); for each old record, the first new record (up to the first
- * unused one) equal in its leading bytes gets flag 1; an old record without one gets
- * flag 2. A key width other than 1, 2 or 4 stops the process with an assertion. The
- * sizes and offsets are trusted. Returns 0. */
+/* Zeroes flags[0..count); for each used old record (up to the first unused one), the first
+ * new record (up to the first unused one) equal in its leading bytes gets flag 1; an old
+ * record without one gets flag 2. A key width other than 1, 2 or 4 stops the process with
+ * an assertion. The sizes and offsets are trusted. Returns 0. */
 SYSCOMMON_API int two_conf_cmp(const void *old_table, const void *new_table, int count, uint8_t *flags,
                                const ConfCmpParams *params);
 

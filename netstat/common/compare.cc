@@ -57,6 +57,7 @@ int two_conf_cmp(const void *old_table, const void *new_table, int count, uint8_
   if (count > 0) std::memset(flags, 0, static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) {
     const uint8_t *old_rec = record(old_table, i, p.record_size);
+    if (key_of(old_rec, p) == 0) break;  // an unused record ends the old table too
     bool found = false;
     for (int j = 0; j < count && !found; ++j) {
       const uint8_t *new_rec = record(new_table, j, p.record_size);
