@@ -4,8 +4,8 @@
 // usage: syscommon-sim-mcastd pim|dvmrp DIR [REQUESTS]
 //   pim:   bsr, rp, neighbor, routing (first line "header A.B.C.D", then routes)
 //   dvmrp: routes (code 100), vifs (code 101)
-// One record per line of blank-separated words: a word with a '.' is an IPv4 address, a
-// number is a 32-bit word, anything else a 32-byte name. Missing files answer a count of
+// One record per line of blank-separated words: a dotted quad is an IPv4 address, a number
+// a 32-bit word, anything else a 32-byte name. Missing files answer a count of
 // 0 (or nothing, for the single-datagram answers). Answers REQUESTS requests (default:
 // until killed); each request is logged on standard output.
 #include <arpa/inet.h>
@@ -32,11 +32,11 @@ Bytes encode(const std::string &line, std::size_t size) {
   std::istringstream words(line);
   for (std::string w; words >> w;) {
     char *end = nullptr;
-    const unsigned long number = std::strtoul(w.c_str(), &end, 0);
-    uint32_t word = static_cast<uint32_t>(number);
-    if (w.find('.') != std::string::npos) {
-      word = inet_addr(w.c_str());
-    } else if (end == nullptr || *end != '\0') {
+    uint32_t word = static_cast<uint32_t>(std::strtoul(w.c_str(), &end, 0));
+    in_addr a{};
+    if (inet_pton(AF_INET, w.c_str(), &a) == 1) {
+      word = a.s_addr;
+    } else if (w.empty() || end == nullptr || *end != '\0') {
       char name[32] = {};
       std::strncpy(name, w.c_str(), sizeof name - 1);
       out.insert(out.end(), name, name + sizeof name);
