@@ -23,7 +23,7 @@ printf '224.0.0.0 240.0.0.0 192.168.10.2 192 150\n239.1.0.0 255.255.0.0 192.168.
 printf '192.168.10.2 eth0.10 3600 105 1\n' >"$SYSCOMMON_ROOT/sim/pim/neighbor"
 "$(dirname "$SC")/syscommon-sim-mcastd" pim "$SYSCOMMON_ROOT/sim/pim" >/dev/null &
 mcastd=$!
-sleep 0.2
+for _ in $(seq 50); do [ -S "$SYSCOMMON_ROOT/mnt/ramdisk/UI2PIM" ] && break; sleep 0.1; done
 run pim bsr
 run pim rp
 run pim neighbors
