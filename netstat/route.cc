@@ -32,11 +32,13 @@ uint32_t gateway_after_one(char **save) {
 // Fills `r` from one selected-route line (altered while it is split). False when the line
 // names an unknown protocol code or an interface without a user-facing name.
 bool parse_route(char *line, RouteRecord &r) {
-  // The interface follows the first comma: "... via 10.0.0.1, eth0.2, 00:01:02".
+  // The interface follows the first comma: "... via 10.0.0.1, eth0.2, 00:01:02" (the
+  // route's age after a second comma is not part of it).
   char ifname[128] = "";
   if (char *comma = std::strchr(line, ','); comma != nullptr) {
     *comma = '\0';
     copy_text(ifname, comma[1] != '\0' ? comma + 2 : comma + 1);
+    ifname[std::strcspn(ifname, ",")] = '\0';
     Ssys_stripCR(ifname);
     Ssys_stripspace(ifname);
   }

@@ -87,7 +87,7 @@ TEST_F(RouteTest, OddLinesKernelRoutesAndTheCapacity) {
                       "X>* 10.1.0.0/16 via 10.0.0.1, eth0.2\n"        // unknown code
                       "O>* 10.2.0.0/16 [110/7] via 10.0.0.1, ppp0\n"  // the WAN link
                       "S>* 10.3.0.0/16 via " + std::string(150, 'x') + ", eth0.2\n"  // overlong, split by the reader
-                      "O>* 10.4.0.0/16, tun1\n"                       // short: no metric, no gateway
+                      "O>* 10.4.0.0/16, tun1, 00:00:05\n"             // short: no metric, no gateway
                       "R>* 10.5.0.0/16 [120/1] via 10.0.0.3, eth0.2\n"
                       "R>* 10.6.0.0/16 [120/1] via 10.0.0.3, eth0.2\n");
   EXPECT_EQ(parse('A'), (std::vector<Want>{{"other", "172.16.0.0/16", "10.0.0.9", "uplink", 1},
