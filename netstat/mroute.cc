@@ -64,8 +64,8 @@ class Exchange {
   bool ready_ = false;
 };
 
-// Codes 2, 3 and 4: a count, then (with a header) the header, then the records.
-int counted(uint8_t code, std::size_t record_size, void **records, int *count, void *header) {
+// Codes 2, 3 and 4: a count, then (code 4) the header, then the records.
+int counted(uint8_t code, std::size_t record_size, void **records, int *count, void *header = nullptr) {
   Exchange x("UI2PIM", "PIM2UI");
   int32_t n = 0;
   if (!x.request(code) || !x.receive(&n, sizeof n, Wait::counted)) return x.close();
@@ -81,7 +81,9 @@ int counted(uint8_t code, std::size_t record_size, void **records, int *count, v
   }
   *records = array;
   *count = n;
-  if (header != nullptr) {
+  if (code == 4) {
+    uint8_t scratch[PIM_ROUTE_HEADER_SIZE] = {};
+    if (header == nullptr) header = scratch;  // a caller without room still gets its records
     if (!x.receive(header, PIM_ROUTE_HEADER_SIZE, Wait::counted)) return x.close();
     uint32_t ip = 0;
     std::memcpy(&ip, header, sizeof ip);
@@ -99,10 +101,10 @@ int getPimSmBsr(void *bsr) {
   return x.close();
 }
 
-int getPimSmRp(void **records, int *count) { return counted(2, PIM_RP_RECORD_SIZE, records, count, nullptr); }
+int getPimSmRp(void **records, int *count) { return counted(2, PIM_RP_RECORD_SIZE, records, count); }
 
 int getPimSmNeighbor(void **records, int *count) {
-  return counted(3, PIM_NEIGHBOR_RECORD_SIZE, records, count, nullptr);
+  return counted(3, PIM_NEIGHBOR_RECORD_SIZE, records, count);
 }
 
 int getPimSmRouting(void **records, int *count, void *header) {

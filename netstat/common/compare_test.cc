@@ -15,23 +15,15 @@
 
 namespace {
 
-ShmVlanIfConfig vlan(const char *name, uint32_t vid, const char *ip, const char *mask, uint32_t attribute = 0) {
-  ShmVlanIfConfig r{};
+ShmVlanIfConfig vlan(const char *name, uint32_t vid, const char *ip, int bits, uint32_t attribute = 0) {
+  ShmVlanIfConfig r{.attribute = attribute, .vid = vid, .ip = inet_addr(ip), .mask = Number2Mask(bits)};
   std::strcpy(r.usr_name, name);
-  r.vid = vid;
-  r.ip = inet_addr(ip);
-  r.mask = inet_addr(mask);
-  r.attribute = attribute;
   return r;
 }
 
-ShmBridgeConfig bridge(const char *name, uint8_t enable, const char *ip, const char *mask) {
-  ShmBridgeConfig r{};
+ShmBridgeConfig bridge(const char *name, uint8_t enable, const char *ip, int bits) {
+  ShmBridgeConfig r{.enable = enable, .ip = inet_addr(ip), .mask = Number2Mask(bits), .id = 8001};
   std::strcpy(r.usr_name, name);
-  r.enable = enable;
-  r.ip = inet_addr(ip);
-  r.mask = inet_addr(mask);
-  r.id = 8001;
   return r;
 }
 
@@ -75,13 +67,12 @@ TEST(CompareDeathTest, BadKeyWidthStopsTheProcess) {
 }
 
 TEST(CompareTest, VlanInterfacesRenamedReaddressedRemovedAdded) {
-  const ShmVlanIfConfig old_t[4] = {vlan("lan1", 1, "192.168.1.254", "255.255.255.0"),
-                                    vlan("office", 10, "192.168.10.1", "255.255.255.0"),
-                                    vlan("lab", 20, "192.168.20.1", "255.255.255.0"), vlan("", 0, "0.0.0.0", "0.0.0.0")};
-  const ShmVlanIfConfig new_t[4] = {vlan("lan1", 1, "192.168.1.254", "255.255.0.0"),         // subnet only
-                                    vlan("offices", 10, "192.168.10.1", "255.255.255.0"),    // renamed
-                                    vlan("lab", 21, "192.168.20.9", "255.255.255.0", 7),    // vid, attribute
-                                    vlan("new", 30, "192.168.30.1", "255.255.255.0")};      // added: no entry
+  const ShmVlanIfConfig old_t[4] = {vlan("lan1", 1, "192.168.1.254", 24), vlan("office", 10, "192.168.10.1", 24),
+                                    vlan("lab", 20, "192.168.20.1", 24), vlan("", 0, "0.0.0.0", 0)};
+  const ShmVlanIfConfig new_t[4] = {vlan("lan1", 1, "192.168.1.254", 16),      // subnet only
+                                    vlan("offices", 10, "192.168.10.1", 24),   // renamed
+                                    vlan("lab", 21, "192.168.20.9", 24, 7),    // vid, attribute
+                                    vlan("new", 30, "192.168.30.1", 24)};      // added: no entry
   ConfChangeList list;
   std::memset(&list, 0xff, sizeof list);
   EXPECT_EQ(two_conf_cmpVconfig(old_t, new_t, 4, &list), 3);
@@ -94,20 +85,15 @@ TEST(CompareTest, VlanInterfacesRenamedReaddressedRemovedAdded) {
 }
 
 TEST(CompareTest, BridgesAndTheAddressClient) {
-  const ShmBridgeConfig old_b[2] = {bridge("plant", 1, "172.16.0.1", "255.255.0.0"),
-                                    bridge("cells", 1, "172.20.0.1", "255.255.255.0")};
-  const ShmBridgeConfig new_b[2] = {bridge("plant", 0, "172.16.9.9", "255.255.0.0"), bridge("", 0, "0.0.0.0", "0.0.0.0")};
+  const ShmBridgeConfig old_b[2] = {bridge("plant", 1, "172.16.0.1", 16), bridge("cells", 1, "172.20.0.1", 24)};
+  const ShmBridgeConfig new_b[2] = {bridge("plant", 0, "172.16.9.9", 16), bridge("", 0, "0.0.0.0", 0)};
   ConfBrgChangeList bl;
   EXPECT_EQ(two_conf_cmpBrg(old_b, new_b, 2, &bl), 2);
   EXPECT_EQ(entries(bl), (std::vector<Entry>{{"plant", 1, CONF_CHANGE_SETTING2}, {"cells", 2, CONF_CHANGE_GONE}}));
   EXPECT_EQ(std::memcmp(bl.entry[0].new_record, &new_b[0], 56), 0);
 
-  WanClientConfig o{};
-  o.flags = 0x10003;
-  o.setting2 = 5;
-  o.setting1 = 2;
-  o.ip = inet_addr("10.0.0.2");
-  o.mask = inet_addr("255.255.255.0");
+  const WanClientConfig o{
+      .flags = 0x10003, .setting2 = 5, .ip = inet_addr("10.0.0.2"), .mask = Number2Mask(24), .setting1 = 2};
   WanClientConfig n = o;
   n.flags = 0x00003;  // only bit 16 differs
   ConfChangeList l;
@@ -115,10 +101,7 @@ TEST(CompareTest, BridgesAndTheAddressClient) {
   EXPECT_EQ(entries(l), (std::vector<Entry>{{"WAN", 0, 0}}));
   const uint32_t words[6] = {0x3, 0, 5, 2, o.ip, o.mask};
   EXPECT_EQ(std::memcmp(l.entry[0].old_settings, words, sizeof words), 0);
-  n.flags = 0x4;
-  n.setting1 = 3;
-  n.setting2 = 6;
-  n.ip = inet_addr("10.0.1.2");
+  n = {.flags = 0x4, .setting2 = 6, .ip = inet_addr("10.0.1.2"), .mask = o.mask, .setting1 = 3};
   EXPECT_EQ(two_conf_cmpIpclient(&o, &n, &l), 1);
   EXPECT_EQ(l.entry[0].changes, 1u | 2u | 4u | 8u);
   n.setting1 = 0;
