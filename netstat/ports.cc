@@ -10,7 +10,7 @@
 uint32_t Link_state(void) { return Ssc_getPortLinkState(); }
 
 int CheckPortLink(int port) {
-  if (port >= 0 && port <= 9) return (Link_state() >> port) & 1u;
+  if (port >= 0 && port <= 9) return static_cast<int>((Link_state() >> port) & 1u);
   if (port < 10 || port > 9 + SHM_TRUNK_GROUP_COUNT) return 0;
   uint32_t members = 0;
   get_shm_trk_mem(port - 9, &members);  // read under the system segment's lock

@@ -5,8 +5,11 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <algorithm>
 #include <cstring>
+#include <span>
 #include <string_view>
+#include <type_traits>
 
 #include "syscommon/netstat.h"
 #include "syscommon/shm.h"
@@ -46,6 +49,8 @@ bool same_subnet(uint32_t ip1, uint32_t mask1, uint32_t ip2, uint32_t mask2) {
   return (ip1 & mask1) == (ip2 & mask2);
 }
 
+uint32_t bit_if(bool condition, uint32_t bit) { return condition ? bit : 0; }
+
 std::string_view name_of(const char (&name)[32]) { return {name, ::strnlen(name, sizeof name)}; }
 
 }  // namespace
@@ -72,26 +77,42 @@ int two_conf_cmp(const void *old_table, const void *new_table, int count, uint8_
   return 0;
 }
 
-int two_conf_cmpVconfig(const ShmVlanIfConfig *old_table, const ShmVlanIfConfig *new_table, int count,
-                        ConfChangeList *list) {
+namespace {
+
+// Where a change entry keeps the old and the new record's bytes.
+std::span<uint8_t> old_part(ConfChangeEntry &e) { return e.old_settings; }
+std::span<uint8_t> new_part(ConfChangeEntry &e) { return e.new_settings; }
+std::span<uint8_t> old_part(ConfBrgChangeEntry &e) { return e.old_record; }
+std::span<uint8_t> new_part(ConfBrgChangeEntry &e) { return e.new_record; }
+
+template <class Record>
+void copy_part(std::span<uint8_t> part, const Record &r) {
+  static_assert(std::is_trivially_copyable_v<Record>);
+  std::memcpy(part.data(), &r, std::min(part.size(), sizeof r));
+}
+
+// One entry per old record with a name, in table order: matched by name in the new table
+// (presence 1, `changes` of the pair, both records' bytes) or gone (presence 2, change
+// 128, the old bytes). Records only in the new table give nothing.
+template <class Record, class List, class Changes>
+int name_matched_changes(const Record *old_table, const Record *new_table, int count, List *list, Changes changes) {
+  constexpr uint32_t kMax = sizeof list->entry / sizeof list->entry[0];
   uint32_t n = 0;
-  for (int i = 0; i < count && n < CONF_CHANGE_MAX; ++i) {
-    const ShmVlanIfConfig &o = old_table[i];
+  for (int i = 0; i < count && n < kMax; ++i) {
+    const Record &o = old_table[i];
     if (o.usr_name[0] == '\0') continue;
-    ConfChangeEntry &e = list->entry[n++];
-    e = ConfChangeEntry{};
+    auto &e = list->entry[n++];
+    e = {};
     std::memcpy(e.name, o.usr_name, sizeof e.name);
-    std::memcpy(e.old_settings, &o, sizeof e.old_settings);
+    copy_part(old_part(e), o);
     e.presence = CONF_PRESENT_OLD_ONLY;
     e.changes = CONF_CHANGE_GONE;
     for (int j = 0; j < count; ++j) {
-      const ShmVlanIfConfig &c = new_table[j];
+      const Record &c = new_table[j];
       if (name_of(c.usr_name) != name_of(o.usr_name)) continue;
       e.presence = CONF_PRESENT_BOTH;
-      e.changes = (same_subnet(o.ip, o.mask, c.ip, c.mask) ? 0 : CONF_CHANGE_SUBNET) |
-                  (o.attribute != c.attribute ? CONF_CHANGE_SETTING2 : 0) |
-                  (o.vid != c.vid ? CONF_CHANGE_SETTING1 : 0);
-      std::memcpy(e.new_settings, &c, sizeof e.new_settings);
+      e.changes = bit_if(!same_subnet(o.ip, o.mask, c.ip, c.mask), CONF_CHANGE_SUBNET) | changes(o, c);
+      copy_part(new_part(e), c);
       break;
     }
   }
@@ -99,30 +120,20 @@ int two_conf_cmpVconfig(const ShmVlanIfConfig *old_table, const ShmVlanIfConfig 
   return static_cast<int>(n);
 }
 
+}  // namespace
+
+int two_conf_cmpVconfig(const ShmVlanIfConfig *old_table, const ShmVlanIfConfig *new_table, int count,
+                        ConfChangeList *list) {
+  return name_matched_changes(old_table, new_table, count, list, [](const ShmVlanIfConfig &o, const ShmVlanIfConfig &c) {
+    return bit_if(o.attribute != c.attribute, CONF_CHANGE_SETTING2) | bit_if(o.vid != c.vid, CONF_CHANGE_SETTING1);
+  });
+}
+
 int two_conf_cmpBrg(const ShmBridgeConfig *old_table, const ShmBridgeConfig *new_table, int count,
                     ConfBrgChangeList *list) {
-  uint32_t n = 0;
-  for (int i = 0; i < count && n < CONF_BRG_CHANGE_MAX; ++i) {
-    const ShmBridgeConfig &o = old_table[i];
-    if (o.usr_name[0] == '\0') continue;
-    ConfBrgChangeEntry &e = list->entry[n++];
-    e = ConfBrgChangeEntry{};
-    std::memcpy(e.name, o.usr_name, sizeof e.name);
-    std::memcpy(e.old_record, &o, sizeof e.old_record);
-    e.presence = CONF_PRESENT_OLD_ONLY;
-    e.changes = CONF_CHANGE_GONE;
-    for (int j = 0; j < count; ++j) {
-      const ShmBridgeConfig &c = new_table[j];
-      if (name_of(c.usr_name) != name_of(o.usr_name)) continue;
-      e.presence = CONF_PRESENT_BOTH;
-      e.changes = (same_subnet(o.ip, o.mask, c.ip, c.mask) ? 0 : CONF_CHANGE_SUBNET) |
-                  (o.enable != c.enable ? CONF_CHANGE_SETTING2 : 0);
-      std::memcpy(e.new_record, &c, sizeof e.new_record);
-      break;
-    }
-  }
-  list->count = n;
-  return static_cast<int>(n);
+  return name_matched_changes(old_table, new_table, count, list, [](const ShmBridgeConfig &o, const ShmBridgeConfig &c) {
+    return bit_if(o.enable != c.enable, CONF_CHANGE_SETTING2);
+  });
 }
 
 namespace {
@@ -147,10 +158,10 @@ int two_conf_cmpIpclient(const WanClientConfig *old_rec, const WanClientConfig *
     e.changes = CONF_CHANGE_GONE;
   } else {
     const WanClientConfig &o = *old_rec, &c = *new_rec;
-    e.changes = (same_subnet(o.ip, o.mask, c.ip, c.mask) ? 0 : CONF_CHANGE_SUBNET) |
-                (o.setting2 != c.setting2 ? CONF_CHANGE_SETTING2 : 0) |
-                (o.setting1 != c.setting1 ? CONF_CHANGE_SETTING1 : 0) |
-                (((o.flags ^ c.flags) & ~kIgnoredFlag) != 0 ? CONF_CHANGE_FLAGS : 0);
+    e.changes = bit_if(!same_subnet(o.ip, o.mask, c.ip, c.mask), CONF_CHANGE_SUBNET) |
+                bit_if(o.setting2 != c.setting2, CONF_CHANGE_SETTING2) |
+                bit_if(o.setting1 != c.setting1, CONF_CHANGE_SETTING1) |
+                bit_if(((o.flags ^ c.flags) & ~kIgnoredFlag) != 0, CONF_CHANGE_FLAGS);
     client_settings(e.new_settings, c);
   }
   list->count = 1;
