@@ -37,8 +37,8 @@ int PPP_IP_DST(int unit, char *out) {
   // The last six characters read, compared with the field name after each one.
   constexpr std::string_view kField = "P-t-P:";
   char window[6] = {};
-  for (int c = 0; std::string_view(window, sizeof window) != kField;) {
-    c = std::fgetc(f.get());
+  while (std::string_view(window, sizeof window) != kField) {
+    const int c = std::fgetc(f.get());
     if (c == EOF) return 0;  // no peer in the listing: the link is not up
     std::memmove(window, window + 1, sizeof window - 1);
     window[sizeof window - 1] = static_cast<char>(c);

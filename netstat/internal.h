@@ -18,16 +18,17 @@ std::string dotted(uint32_t ip);
 // inet_addr of a token: the address in network order, INADDR_NONE when it is none.
 uint32_t parse_address(const char *text);
 
-// A routing-shell listing saved to a scratch file with its line count beside it, as the
-// table readers use it: runs "COMMAND > TMP" and "wc -l TMP > LEN" (paths rooted; the
-// command arrives rooted).
-struct SavedListing {
-  int lines = 0;  // the count from LEN, or -1 / -2 when LEN cannot be opened / is empty
-  File file;      // TMP opened for reading, null when it cannot be opened
-};
 // "/usr/quagga/bin/vtysh -c \"SHOW\"" with the shell's path rooted.
 std::string vtysh_command(const std::string &show);
 
+// A routing-shell listing saved to a scratch file with its line count beside it, as the
+// table readers size their arrays before reading.
+struct SavedListing {
+  int lines = 0;  // the count from LEN, or -1 / -2 when LEN cannot be opened / holds none
+  File file;      // TMP opened for reading (only when the count was read), else null
+};
+// Runs "COMMAND > TMP" and "wc -l TMP > LEN" (TMP and LEN rooted here; the command comes
+// rooted), then reads the count and opens TMP.
 SavedListing save_listing(const std::string &command, const char *tmp, const char *len);
 
 // A zeroed array of `n` records from calloc (the caller frees it), null when n is not

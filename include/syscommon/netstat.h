@@ -187,13 +187,14 @@ enum {
 };
 /* Code 1: one 8-byte answer, waited for once. */
 SYSCOMMON_API int getPimSmBsr(void *bsr);
-/* Codes 2, 3, 4: a 32-bit count, then (code 4) the 128-byte header, whose first 4 bytes
- * are printed as "showIp = A.B.C.D", then the records in one datagram into an array
- * allocated here (count x record size, zero-filled, freed by the caller); a count of 0
- * allocates nothing and stores 0. The count is stored together with the array; a count
- * whose array cannot be allocated (or would exceed 64 MiB) ends the exchange with *count
- * 0. A wait that times out is repeated while the daemon is silent, at most 3 times in a
- * row (9 seconds), so a daemon that stops answering never holds the caller. */
+/* Codes 2, 3, 4: a 32-bit count, then (code 4) the 128-byte header (into `header`, or
+ * scratch room when it is null), whose first 4 bytes are printed as "showIp = A.B.C.D",
+ * then the records in one datagram into an array allocated here (count x record size,
+ * zero-filled, freed by the caller). The count is stored together with the array; a
+ * count of 0, a negative one, or one whose array cannot be allocated (or would exceed
+ * 64 MiB) stores 0, allocates nothing and ends the exchange. A wait that times out is
+ * repeated while the daemon is silent, at most 3 times in a row (9 seconds), so a daemon
+ * that stops answering never holds the caller. */
 SYSCOMMON_API int getPimSmRp(void **records, int *count);
 SYSCOMMON_API int getPimSmNeighbor(void **records, int *count);
 SYSCOMMON_API int getPimSmRouting(void **records, int *count, void *header);
