@@ -16,31 +16,22 @@ namespace {
 using syscommon::testing::sim_path;
 using syscommon::testing::write_file;
 
-struct Want {
-  std::string protocol, destination, gateway, port;
-  uint32_t metric;
-};
+using Routes = std::vector<std::string>;
 
-std::vector<Want> parse(char code, int *result = nullptr) {
+// Each record as "protocol destination gateway port metric".
+Routes parse(char code, int *result = nullptr) {
   RouteRecord *records = nullptr;
   const int n = Route_Parser(&records, code);
   if (result != nullptr) *result = n;
-  std::vector<Want> out;
+  Routes out;
   for (int i = 0; i < n; ++i) {
-    in_addr a{records[i].gateway};
-    out.push_back({records[i].protocol, records[i].destination, inet_ntoa(a), records[i].port, records[i].metric});
+    const RouteRecord &r = records[i];
+    out.push_back(std::string(r.protocol) + " " + r.destination + " " + inet_ntoa(in_addr{r.gateway}) + " " + r.port +
+                  " " + std::to_string(r.metric));
   }
   EXPECT_EQ(records == nullptr, n <= 0);
   std::free(records);
   return out;
-}
-
-bool operator==(const Want &a, const Want &b) {
-  return a.protocol == b.protocol && a.destination == b.destination && a.gateway == b.gateway && a.port == b.port &&
-         a.metric == b.metric;
-}
-void PrintTo(const Want &w, std::ostream *os) {
-  *os << w.protocol << " " << w.destination << " " << w.gateway << " " << w.port << " " << w.metric;
 }
 
 class RouteTest : public ::testing::Test {
@@ -59,18 +50,16 @@ class RouteTest : public ::testing::Test {
 };
 
 TEST_F(RouteTest, EveryProtocolOfTheListingWithUnknownInterfacesDropped) {
-  const Want k{"default", "0.0.0.0/0", "10.0.0.1", "uplink", 1},
-      s{"static", "172.31.0.0/16", "192.168.10.2", "office", 1},
-      c1{"connected", "10.0.0.0/24", "10.0.0.2", "uplink", 1},  // the interface's own address
-      c2{"connected", "192.168.1.0/24", "0.0.0.0", "lan1", 1},  // no such kernel interface here
-      c3{"connected", "192.168.10.0/24", "0.0.0.0", "office", 1},
-      o1{"ospf", "192.168.30.0/24", "192.168.10.2", "office", 20}, o2{"ospf", "192.168.40.0/24", "192.168.10.2", "office", 30},
-      r{"rip", "192.168.50.0/24", "192.168.1.9", "lan1", 2};
-  // The static route to Null0 is dropped, the unselected OSPF route skipped.
-  EXPECT_EQ(parse('A'), (std::vector<Want>{k, s, c1, c2, c3, o1, o2, r}));
-  EXPECT_EQ(parse('O'), (std::vector<Want>{o1, o2}));
-  EXPECT_EQ(parse('S'), (std::vector<Want>{s}));
-  EXPECT_EQ(parse('R'), (std::vector<Want>{r}));
+  const std::string o1 = "ospf 192.168.30.0/24 192.168.10.2 office 20", o2 = "ospf 192.168.40.0/24 192.168.10.2 office 30",
+                    s = "static 172.31.0.0/16 192.168.10.2 office 1", r = "rip 192.168.50.0/24 192.168.1.9 lan1 2";
+  // The static route to Null0 is dropped, the unselected OSPF route skipped; a connected
+  // route's gateway is its interface's own address (none for eth0.1 and eth0.10 here).
+  EXPECT_EQ(parse('A'), (Routes{"default 0.0.0.0/0 10.0.0.1 uplink 1", s, "connected 10.0.0.0/24 10.0.0.2 uplink 1",
+                                "connected 192.168.1.0/24 0.0.0.0 lan1 1", "connected 192.168.10.0/24 0.0.0.0 office 1",
+                                o1, o2, r}));
+  EXPECT_EQ(parse('O'), (Routes{o1, o2}));
+  EXPECT_EQ(parse('S'), (Routes{s}));
+  EXPECT_EQ(parse('R'), (Routes{r}));
   const std::string root = syscommon::testing::sim_root();
   const auto trace = syscommon::testing::trace_lines();
   ASSERT_GE(trace.size(), 2u);
@@ -90,11 +79,9 @@ TEST_F(RouteTest, OddLinesKernelRoutesAndTheCapacity) {
                       "O>* 10.4.0.0/16, tun1, 00:00:05\n"             // short: no metric, no gateway
                       "R>* 10.5.0.0/16 [120/1] via 10.0.0.3, eth0.2\n"
                       "R>* 10.6.0.0/16 [120/1] via 10.0.0.3, eth0.2\n");
-  EXPECT_EQ(parse('A'), (std::vector<Want>{{"other", "172.16.0.0/16", "10.0.0.9", "uplink", 1},
-                                           {"ospf", "10.2.0.0/16", "10.0.0.1", "WAN", 7},
-                                           {"ospf", "10.4.0.0/16", "0.0.0.0", "tun1", 0},
-                                           {"rip", "10.5.0.0/16", "10.0.0.3", "uplink", 1},
-                                           {"rip", "10.6.0.0/16", "10.0.0.3", "uplink", 1}}));
+  EXPECT_EQ(parse('A'), (Routes{"other 172.16.0.0/16 10.0.0.9 uplink 1", "ospf 10.2.0.0/16 10.0.0.1 WAN 7",
+                                "ospf 10.4.0.0/16 0.0.0.0 tun1 0", "rip 10.5.0.0/16 10.0.0.3 uplink 1",
+                                "rip 10.6.0.0/16 10.0.0.3 uplink 1"}));
   write_file(sim_path("/sim/vtysh/route"), legend.substr(0, legend.size() - 1));
   int n = 99;
   EXPECT_TRUE(parse('A', &n).empty());
