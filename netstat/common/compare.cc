@@ -96,7 +96,7 @@ void copy_part(std::span<uint8_t> part, const Record &r) {
 // 128, the old bytes). Records only in the new table give nothing.
 template <class Record, class List, class Changes>
 int name_matched_changes(const Record *old_table, const Record *new_table, int count, List *list, Changes changes) {
-  constexpr uint32_t kMax = sizeof list->entry / sizeof list->entry[0];
+  constexpr uint32_t kMax = std::extent_v<decltype(List::entry)>;
   uint32_t n = 0;
   for (int i = 0; i < count && n < kMax; ++i) {
     const Record &o = old_table[i];
