@@ -6,6 +6,7 @@
 #include "syscommon/hw.h"
 #include "syscommon/log.h"
 #include "syscommon/net.h"
+#include "syscommon/netstat.h"
 #include "syscommon/platform.h"
 #include "syscommon/shm.h"
 #include "syscommon/util.h"
@@ -37,6 +38,8 @@ int main(void) {
   CHECK(timezone_str[21] != NULL);
   CHECK(month_str_to_int("Feb") == 2);
   CHECK(isValidIpAddress("192.168.1.1") != isValidIpAddress("192.168.1"));
+  CHECK(Mask2Number(Number2Mask(24)) == 24 && strcmp(IP2Dot(0x0100007fu), "127.0.0.1") == 0);
+  CHECK(strcmp(proto2string('O'), "ospf") == 0 && sizeof(ConfChangeList) == 3332);
   if (iso == NULL || strcmp(iso, "1") != 0) {
     printf("1 passed, 0 failed, 1 skipped\n");
     return failures != 0;

@@ -14,6 +14,7 @@
 #include "shm/ifs_tables.h"
 #include "syscommon/platform.h"
 #include "syscommon/shm.h"
+#include "tools/syscommon/addr_text.h"
 #include "tools/syscommon/command.h"
 
 namespace syscommon::tool {
@@ -22,14 +23,6 @@ namespace {
 using namespace syscommon::shm;
 
 // ---- Texts for a person
-
-std::string dotted(uint32_t addr) {
-  char buf[INET_ADDRSTRLEN] = "";
-  in_addr a{};
-  a.s_addr = addr;
-  inet_ntop(AF_INET, &a, buf, sizeof buf);
-  return buf;
-}
 
 std::string text32(const char *name) { return std::string(name, strnlen(name, SHM_IFNAME_SIZE)); }
 std::string or_dash(const std::string &s) { return s.empty() ? "-" : s; }
@@ -58,22 +51,6 @@ std::string port_list(uint32_t mask) {
 }
 
 // ---- Arguments
-
-uint32_t parse_ip(const std::string &text) {
-  in_addr a{};
-  if (inet_pton(AF_INET, text.c_str(), &a) != 1) throw UsageError{"address must look like 192.168.1.1, not '" + text + "'"};
-  return a.s_addr;
-}
-
-// "A.B.C.D/LEN" -> address and mask, both as stored.
-std::pair<uint32_t, uint32_t> parse_prefix(const std::string &text) {
-  auto slash = text.find('/');
-  if (slash == std::string::npos) throw UsageError{"address must look like 192.168.1.1/24, not '" + text + "'"};
-  uint32_t ip = parse_ip(text.substr(0, slash));
-  long len = parse_number(text.substr(slash + 1), "prefix length", 0, 32);
-  uint32_t host_mask = len == 0 ? 0 : ~uint32_t{0} << (32 - len);
-  return {ip, htonl(host_mask)};
-}
 
 // "1/5" or "5": a port counted from 1, returned counted from 0.
 int parse_port(const std::string &text) {
