@@ -1,6 +1,7 @@
 // The firmware header, the image checksums, the image check and the version texts.
 #include <arpa/inet.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -93,8 +94,10 @@ SYSCOMMON_API int Ssys_firmwareCheck(const void *image, uint32_t image_id, uint3
   if (Ssys_isFwHwMismatch(header.fw_version) == 1) return -6;
   if (header.image_id != image_id) return -1;
   if (header.kernel_size != FW_KERNEL_SIZE || header.fs_size % 4 != 0) return -2;
-  // The sections' total as the signed length the sum takes: 2 GiB or more sums nothing.
-  auto length = static_cast<int>(header.kernel_size + header.fs_size);
+  // The sections' total as the signed length the sum takes; a total beyond its range
+  // (a header with huge sizes) sums nothing rather than wrap to a small length.
+  uint64_t total = uint64_t{header.kernel_size} + header.fs_size;
+  int length = total > static_cast<uint64_t>(INT32_MAX) ? -1 : static_cast<int>(total);
   uint32_t sum = 0;
   file_check_sum(static_cast<const unsigned char *>(image) + FW_HEADER_SIZE, length, &sum);
   return sum == header.check_sum ? 0 : -3;

@@ -1,11 +1,39 @@
 #!/bin/bash
-# Lays out a simulated device root: the directories the library names by fixed path.
+# Lays out a simulated device root: the directories the library names by fixed path, the
+# board's kernel entries, the flash partitions and the stand-in programs of tools/sim/.
 # Usage: mksimroot.sh DIR
 set -eu
 root="$1"
+here=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$root"
 for d in bin dev etc tmp proc/tarn proc/tarnarm11 mnt/ramdisk/socket mnt/log1 mnt/log2 mnt/cfg2 \
-         usr/quagga/bin lumenP/cli sbin var/run; do
+         usr/quagga/bin lumenP/cli sbin var/run var/db var/sim sys/devices/platform/octeon-gpio; do
   mkdir -p "$root/$d"
 done
 : >"$root/proc/tarn/ifsInfo"
+
+# Identity EEPROM (1 KiB, erased cells read 0xFF): serial number 1234567 at 32 (little-endian),
+# burn-in minutes 2880 at 64, end-of-test flag 1 at 80, serial text at 624.
+eeprom="$root/proc/tarn/eeprom"
+head -c 1024 /dev/zero | tr '\0' '\377' >"$eeprom"
+put() { printf "$2" | dd of="$eeprom" bs=1 seek="$1" conv=notrunc status=none; }
+put 32 '\x87\xd6\x12\x00'
+put 64 '\x40\x0b\x00\x00'
+put 80 '\x01'
+put 624 'KV9A2611042'
+
+# GPIO inputs (none active), hardware version 2 (the file does not start with '0'), CPU clock.
+echo 0 >"$root/proc/tarn/gpio_get"
+: >"$root/proc/tarn/gpio_set"
+: >"$root/proc/tarn/gpio_clr"
+: >"$root/proc/tarn/wd_reboot"
+echo 1 >"$root/proc/tarn/hw_version"
+echo 500 >"$root/proc/tarnarm11/cpu_freq"
+
+# Flash partitions as sparse files: boot loader (1 MiB, of which 0xA0000 is the loader),
+# kernel (4 MiB), root filesystem (8 MiB).
+truncate -s 1M "$root/dev/mtd0"
+truncate -s 4M "$root/dev/mtd1"
+truncate -s 8M "$root/dev/mtd2"
+
+install -m 0755 "$here"/sim/* "$root/bin/"

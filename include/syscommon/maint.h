@@ -75,7 +75,7 @@ SYSCOMMON_API int file_check_sum_tmp(FILE *stream, uint32_t length, uint32_t *su
 /* Checks a firmware-only image: 0 valid; -6 fw_version too old for this hardware; -1
  * image_id differs from `image_id`; -2 bad section sizes; -3 checksum differs. `unused` is
  * not examined. The image must hold 32 + kernel_size + fs_size bytes (unchecked: the
- * sizes are only tested for their fixed values; a sum of sizes of 2 GiB or more reads
+ * sizes are only tested for their fixed values; sizes adding up to 2 GiB or more read
  * nothing). */
 SYSCOMMON_API int Ssys_firmwareCheck(const void *image, uint32_t image_id, uint32_t unused);
 /* Prints "FW version %02d.%02d.%02d\n"; 1 when the hardware version is 2 and fw_version

@@ -3,6 +3,7 @@
 #include <sys/ipc.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -53,6 +54,15 @@ void write_stub(const std::string &name, const std::string &script) {
   std::string path = sim_path("/bin/" + name);
   write_file(path, "#!/bin/sh\n" + script + "\n");
   chmod(path.c_str(), 0755);
+}
+
+void reset_flash() {
+  const off_t sizes[] = {1 << 20, 4 << 20, 8 << 20};
+  for (int n = 0; n < 3; ++n) {
+    std::string path = sim_path("/dev/mtd" + std::to_string(n));
+    write_file(path, "");
+    truncate(path.c_str(), sizes[n]);
+  }
 }
 
 RawSegment::RawSegment(int shm_key) {

@@ -24,6 +24,9 @@ void clear_trace();
 
 std::string read_file(const std::string &path);
 void write_file(const std::string &path, const std::string &content);
+// Recreates the simulated flash partitions "/dev/mtd0..2" as tools/mksimroot.sh lays them
+// out (1 MiB, 4 MiB, 8 MiB, all bytes 0).
+void reset_flash();
 // Installs an executable shell script as $SYSCOMMON_ROOT/bin/NAME (first on PATH).
 void write_stub(const std::string &name, const std::string &script);
 
