@@ -4,15 +4,25 @@
 #include <sched.h>
 #include <sys/mount.h>
 
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <random>
+#include <thread>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "support/test_support.h"
 #include "syscommon/maint.h"
+
+extern char **environ;
 
 namespace {
 
@@ -245,6 +255,39 @@ TEST_F(Firmware, VersionTexts) {
   uint8_t src[5] = {1, 2, 3, 4, 5}, dst[5] = {};
   little_to_big_endian(5, src, dst);
   EXPECT_EQ(Bytes(dst, dst + 5), (Bytes{5, 4, 3, 2, 1}));
+}
+
+// The services stopped before an upload, inside this test's own PID namespace: copies of
+// sleep under their names, and an agent whose name must not match.
+TEST_F(Firmware, UploadStopsTheServicesByName) {
+  install_device_ps();
+  std::vector<pid_t> pids;
+  for (std::string name : {"snmpd", "dhcpd", "lldpd", "agent_snmpd"}) {
+    std::string path = sim_path("/bin/" + name), seconds = "30";
+    std::filesystem::copy_file("/bin/sleep", path, std::filesystem::copy_options::overwrite_existing);
+    char *argv[] = {name.data(), seconds.data(), nullptr};
+    pid_t pid = -1;
+    ASSERT_EQ(posix_spawn(&pid, path.c_str(), nullptr, nullptr, argv, environ), 0);
+    pids.push_back(pid);
+  }
+  EXPECT_EQ(fwupgrad_funkill(), 0);
+  std::vector<std::string> lines = trace_lines();
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(lines[1], "ps|grep -i dhcpd|grep -v grep|grep -v agent_dhcpd|cut -c 1-5|xargs kill -9");
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  for (std::size_t i = 0; i < pids.size(); ++i) {
+    int status = 0;
+    pid_t got = 0;
+    while ((got = waitpid(pids[i], &status, WNOHANG)) == 0 && std::chrono::steady_clock::now() < deadline && i < 3)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    if (i < 3) {
+      EXPECT_TRUE(got == pids[i] && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << i;
+    } else {
+      EXPECT_EQ(got, 0) << "the agent survives";
+      kill(pids[i], SIGKILL);
+      waitpid(pids[i], nullptr, 0);
+    }
+  }
 }
 
 }  // namespace

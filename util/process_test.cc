@@ -25,19 +25,12 @@ namespace {
 using namespace syscommon::testing;
 using Lines = std::vector<std::string>;
 
-// The device's ps listing: PID right-aligned in the first five columns, then the command.
-constexpr const char *kPsStub = R"(echo "  PID USER       VSZ STAT COMMAND"
-for d in /proc/[0-9]*; do
-  cmd=$(tr '\0' ' ' < "$d/cmdline" 2>/dev/null)
-  printf '%5d root       1000 S    %s\n' "${d#/proc/}" "${cmd:-[$(cat "$d/comm" 2>/dev/null)]}"
-done)";
-
 class ProcessControl : public ::testing::Test {
  protected:
   void SetUp() override {
     SYSCOMMON_REQUIRE_ISOLATION();
     ASSERT_FALSE(sim_root().empty());
-    write_stub("ps", kPsStub);
+    install_device_ps();
     clear_trace();
   }
   void TearDown() override {

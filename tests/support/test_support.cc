@@ -56,6 +56,14 @@ void write_stub(const std::string &name, const std::string &script) {
   chmod(path.c_str(), 0755);
 }
 
+void install_device_ps() {
+  write_stub("ps", R"(echo "  PID USER       VSZ STAT COMMAND"
+for d in /proc/[0-9]*; do
+  cmd=$(tr '\0' ' ' < "$d/cmdline" 2>/dev/null)
+  printf '%5d root       1000 S    %s\n' "${d#/proc/}" "${cmd:-[$(cat "$d/comm" 2>/dev/null)]}"
+done)");
+}
+
 void reset_flash() {
   const off_t sizes[] = {1 << 20, 4 << 20, 8 << 20};
   for (int n = 0; n < 3; ++n) {

@@ -24,6 +24,9 @@ void clear_trace();
 
 std::string read_file(const std::string &path);
 void write_file(const std::string &path, const std::string &content);
+// Installs a "ps" that lists every process of the namespace as the device's ps does: PID
+// right-aligned in the first five columns, then the command line.
+void install_device_ps();
 // Recreates the simulated flash partitions "/dev/mtd0..2" as tools/mksimroot.sh lays them
 // out (1 MiB, 4 MiB, 8 MiB, all bytes 0).
 void reset_flash();
