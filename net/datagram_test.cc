@@ -6,11 +6,14 @@
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <chrono>
 #include <thread>
 #include <tuple>
 
 #include "net/test_peer.h"
+#include "platform/local_socket.h"
 #include "syscommon/net.h"
 
 using namespace syscommon::net::testing;
@@ -209,6 +212,33 @@ TEST_F(NetDatagramTest, DrainedQueueSpentBudgetAndFailuresGiveTheirCodes) {
   ep.fd = p[0];
   EXPECT_EQ(stdout_of([&] { EXPECT_EQ(net_RecvFromInterface1(&ep, nullptr, nullptr), 0); }),
             "ERROR: cannot receive data.\n");
+  close(p[0]);
+  close(p[1]);
+}
+
+TEST_F(NetDatagramTest, BudgetWithASecondOrMoreOfMicrosecondsWaitsAsSelectWould) {
+  InterfaceSocket ep = receiver(1500000);
+  ASSERT_TRUE(daemon_.send(me_, datagram(1, 1, 1, 1, 0, 4)));
+  std::array<uint8_t, 8> buffer{};
+  EXPECT_EQ(net_RecvFromInterface1(&ep, buffer.data(), nullptr), 1);
+  ::close(ep.fd);
+
+  // What is left of a budget comes back normalised; {-1, 1 050 000} is 50 ms.
+  int p[2];
+  ASSERT_EQ(pipe(p), 0);
+  ASSERT_EQ(write(p[1], "x", 1), 1);
+  timeval budget{1, 2500000};
+  EXPECT_EQ(syscommon::wait_readable(p[0], &budget), 1);
+  EXPECT_EQ(budget.tv_sec, 3);
+  EXPECT_GT(budget.tv_usec, 400000);
+  char c = 0;
+  ASSERT_EQ(read(p[0], &c, 1), 1);
+  budget = {-1, 1050000};
+  EXPECT_EQ(syscommon::wait_readable(p[0], &budget), 0);
+  EXPECT_EQ(std::pair(budget.tv_sec, budget.tv_usec), std::pair(time_t{0}, suseconds_t{0}));
+  budget = {1, -1000001};
+  EXPECT_EQ(syscommon::wait_readable(p[0], &budget), -1);
+  EXPECT_EQ(errno, EINVAL);
   close(p[0]);
   close(p[1]);
 }

@@ -1,6 +1,6 @@
 // System V semaphores and shared-memory segments: the exported IPC primitives.
 //
-// Each segment has one semaphore used as a mutex between processes. Every semop carries
+// Each segment has one semaphore used as a mutex between processes. Every semop on it carries
 // SEM_UNDO so that a process killed inside a critical section gives the semaphore back.
 // Identifiers are cached per thread by key; a removed object fails the next operation
 // with EINVAL or EIDRM, which drops the cached id and looks the key up again.
@@ -60,21 +60,31 @@ void report(const char *what, int key) {
   std::fprintf(stderr, "syscommon: %s(key %d) failed: errno %d\n", what, key, errno);
 }
 
-// Returns the semaphore set of `key`, creating it free (value 1) when absent. A fresh set
-// has value 0 until its creator sets it, so a racing waiter simply blocks that long.
+// A key's semaphore set holds two semaphores: 0 is the mutex, 1 marks the set as set up. A
+// new set has both at 0. Whoever first finds the mark clear sets the set up in one atomic
+// operation: mutex free and mark made, only while the mark is still clear. Every process that
+// looks a key up does this, not only the creator, so a creator killed between creating the
+// set and setting it up never leaves the mutex closed, and a set that is already in use is
+// never freed under its holder.
+constexpr int kSetSize = 2;
+
+void set_up(int id) {
+  sembuf ops[3] = {{1, 0, IPC_NOWAIT}, {1, 1, 0}, {0, 1, 0}};
+  // EAGAIN: already set up. EFBIG: a one-semaphore set made by someone else, used as it is.
+  semop(id, ops, 3);
+}
+
+// Returns the semaphore set of `key`, created and set up (free) when absent.
 int semaphore_id(int key) {
   int id = sem_ids.find(key);
   if (id >= 0) return id;
-  id = semget(key, 1, IPC_CREAT | IPC_EXCL | kPermissions);
-  if (id >= 0) {
-    semctl(id, 0, SETVAL, 1);
-  } else if (errno == EEXIST) {
-    id = semget(key, 1, 0);
-  }
+  id = semget(key, kSetSize, IPC_CREAT | kPermissions);
+  if (id < 0 && errno == EINVAL) id = semget(key, 0, 0);  // exists with another size
   if (id < 0) {
     report("semget", key);
     return -1;
   }
+  set_up(id);
   sem_ids.put(key, id);
   return id;
 }

@@ -42,18 +42,22 @@ int wait_readable(int fd, timeval *budget) {
     errno = EBADF;
     return -1;
   }
-  if (budget != nullptr && (budget->tv_sec < 0 || budget->tv_usec < 0 || budget->tv_usec >= 1000000)) {
-    errno = EINVAL;
-    return -1;
-  }
   pollfd p{fd, POLLIN, 0};
   int rc = 0;
   if (budget == nullptr) {
     rc = ::ppoll(&p, 1, nullptr, nullptr);
   } else {
-    const long long total = static_cast<long long>(budget->tv_sec) * 1000000 + budget->tv_usec;
+    // Whole seconds are carried out of the microseconds first, as select() does; what is
+    // still negative after that is malformed.
+    const long long sec = static_cast<long long>(budget->tv_sec) + budget->tv_usec / 1000000;
+    const long long usec = budget->tv_usec % 1000000;
+    if (sec < 0 || usec < 0) {
+      errno = EINVAL;
+      return -1;
+    }
+    const long long total = sec * 1000000 + usec;
     const long long start = now_usec();
-    const timespec ts{budget->tv_sec, budget->tv_usec * 1000L};
+    const timespec ts{static_cast<time_t>(sec), static_cast<long>(usec * 1000)};
     rc = ::ppoll(&p, 1, &ts, nullptr);
     const int saved = errno;
     long long left = total - (now_usec() - start);

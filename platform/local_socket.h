@@ -26,9 +26,11 @@ void close_descriptor(int fd);
 void remove_path(const std::string &path);
 
 // Waits until `fd` is readable, as select() does for one descriptor on Linux: `budget` (null
-// = no limit) is reduced by the time spent, down to zero when it runs out. Works for any
-// descriptor number. Returns 1 readable, 0 budget spent, -1 failure with errno set (EBADF
-// for a descriptor that is not open, EINVAL for a malformed budget).
+// = no limit) may hold a second or more in its microseconds (carried over, as select()
+// does), is reduced by the time spent and left normalised, down to zero when it runs out.
+// Works for any descriptor number. Returns 1 readable, 0 budget spent, -1 failure with errno
+// set (EBADF for a descriptor that is not open, EINVAL for a budget still negative once
+// normalised).
 int wait_readable(int fd, timeval *budget);
 
 // The family and path of a local address; the path without a terminator is taken whole.

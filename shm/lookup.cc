@@ -88,12 +88,10 @@ extern "C" {
 
 SYSCOMMON_API int get_shm_interface_name(int idx, char *out) {
   out[0] = '\0';
-  CriticalSection cs(kSystem);
-  if (idx == 0) {
-    copy_name(out, cs.load<ShmWanRecord>(wan_off(0)).ifname);
-  } else if (idx >= 1 && idx <= SHM_VLAN_IF_COUNT) {
-    copy_name(out, cs.load<ShmVlanIfRecord>(vlan_off(idx - 1)).ifname);  // "" when unused
-  }
+  if (idx == 0)
+    copy_name(out, read_field<ShmWanRecord>(kSystem, wan_off(0)).ifname);
+  else if (idx >= 1 && idx <= SHM_VLAN_IF_COUNT)
+    copy_name(out, read_field<ShmVlanIfRecord>(kSystem, vlan_off(idx - 1)).ifname);  // "" when unused
   return 0;
 }
 
@@ -186,28 +184,29 @@ SYSCOMMON_API int get_shm_usr_interface_name_by_interface_name(const char *name,
 }
 
 SYSCOMMON_API int get_shm_usr_interface_name_by_idx_and_type(int idx, int type, char *out) {
-  CriticalSection cs(kSystem);
+  // Each type's index range is checked before the segment is entered.
   switch (type) {
     case 0:
-      if (idx != 0 || cs.load<ShmWanRecord>(wan_off(0)).vid == 0) return 0;
+      if (idx != 0 || read_field<ShmWanRecord>(kSystem, wan_off(0)).vid == 0) return 0;
       put_wan_lan_name(out, 0);
       return 1;
     case 1: {
       if (idx < 0 || idx >= SHM_VLAN_IF_COUNT) return 0;
-      auto rec = cs.load<ShmVlanIfRecord>(vlan_off(idx));
+      const auto rec = read_field<ShmVlanIfRecord>(kSystem, vlan_off(idx));
       if (rec.vid == 0) return 0;
       copy_name(out, rec.usr_name);
       return 1;
     }
     case 2: {
       if (idx < 0 || idx >= SHM_BRIDGE_COUNT) return 0;
-      auto rec = cs.load<ShmBridgeRecord>(bridge_off(idx));
+      const auto rec = read_field<ShmBridgeRecord>(kSystem, bridge_off(idx));
       if (rec.enable != 1) return 0;
       copy_name(out, rec.usr_name);
       return 1;
     }
     case 3:
-      if (idx < 0 || idx >= kSwitchPorts || cs.load<ShmPortVlanRecord>(plan_off(idx)).in_use == 0) return 0;
+      if (idx < 0 || idx >= kSwitchPorts || read_field<ShmPortVlanRecord>(kSystem, plan_off(idx)).in_use == 0)
+        return 0;
       write_port_name(out, idx);
       return 1;
     default:

@@ -1,9 +1,13 @@
 // Interface lookups: search order and tie rules where two records could match, the
 // not-found values, and the quirks the callers rely on ("WAN"/"LAN", bridge ids above
 // 7999, the case and prefix rules of the two user-name searches, the "1/1" default).
+#include <unistd.h>
+
 #include <algorithm>
+#include <chrono>
 
 #include "shm/ifs_test_records.h"
+#include "syscommon/platform.h"
 
 using namespace syscommon::testing;
 
@@ -121,6 +125,22 @@ TEST_F(LookupTest, UserNameByAddressKernelNameAndIndexAndType) {
   seg->wan(0, 0, "");
   char out[32] = "";
   EXPECT_EQ(get_shm_usr_interface_name_by_idx_and_type(0, 0, out), 0);
+}
+
+TEST_F(LookupTest, OutOfRangeIndexNeverEntersTheSegment) {
+  // With the system segment locked here, a child's lookup that entered it would block.
+  Semaphore_P(1492);
+  const pid_t child = fork();
+  if (child == 0) {
+    char out[32];
+    for (const int idx : {-1, 17}) get_shm_interface_name(idx, out);
+    for (const auto &[idx, type] : {std::pair{1, 0}, {-1, 1}, {16, 1}, {-1, 2}, {4, 2}, {-1, 3}, {10, 3}, {0, 4}})
+      get_shm_usr_interface_name_by_idx_and_type(idx, type, out);
+    _exit(0);
+  }
+  const int status = wait_for(child, std::chrono::seconds(2));
+  Semaphore_V(1492);
+  EXPECT_EQ(status, 0);
 }
 
 TEST_F(LookupTest, KernelNamesByIndexAndVidByKernelName) {

@@ -1,12 +1,34 @@
 // The registry: shm_init creates and zeroes every segment, a second run wipes it, and the
-// sub-initialisers reset their own segment.
+// sub-initialisers reset their own segment; a process killed while creating a semaphore
+// leaves it usable.
+#include <dlfcn.h>
+#include <signal.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <functional>
 
 #include "support/test_support.h"
 #include "syscommon/shm.h"
 
 using syscommon::testing::RawSegment;
+using namespace std::chrono_literals;
+
+namespace {
+// When set to a key, the process kills itself right after a semget that may have created
+// that key's set: the worst moment for a creator to die.
+int die_after_creating = -1;
+}  // namespace
+
+extern "C" int semget(key_t key, int nsems, int flags) noexcept {
+  using Fn = int (*)(key_t, int, int);
+  static const auto real = reinterpret_cast<Fn>(dlsym(RTLD_NEXT, "semget"));
+  const int id = real(key, nsems, flags);
+  if (id >= 0 && key == die_after_creating && (flags & IPC_CREAT) != 0) raise(SIGKILL);
+  return id;
+}
 
 namespace {
 
@@ -73,6 +95,32 @@ TEST_F(RegistryTest, AccessorsRecreateARemovedSegmentAndSemaphore) {
   EXPECT_EQ(shm_get_reboot_flag(), 0u);
   shm_set_reboot_flag(4);
   EXPECT_EQ(RawSegment(7890).u32(20), 4u);
+}
+
+TEST_F(RegistryTest, CreatorKilledRightAfterCreatingASemaphoreDoesNotBlockTheNextCaller) {
+  const std::pair<int, std::function<bool()>> cases[] = {
+      {1492, [] { return shm_set_timezone(7), shm_get_timezone() == 7; }},  // the system segment
+      {1513, [] {
+         uint8_t fault = 0, master = 0, coupling = 0;
+         shm_ledSetMaster(4);
+         shm_ledGetAllLedBits(&fault, &master, &coupling);
+         return master == 4;
+       }},
+  };
+  for (const auto &[key, use] : cases) {
+    SCOPED_TRACE(key);
+    ASSERT_EQ(semctl(semget(key, 0, 0), 0, IPC_RMID), 0);
+    const pid_t creator = fork();
+    if (creator == 0) {
+      die_after_creating = key;
+      _exit(use() ? 0 : 1);
+    }
+    ASSERT_EQ(syscommon::testing::wait_for(creator, 5s), 128);
+    ASSERT_GE(semget(key, 0, 0), 0) << "the creator did not create the set";
+    const pid_t next = fork();
+    if (next == 0) _exit(use() ? 0 : 1);
+    EXPECT_EQ(syscommon::testing::wait_for(next, 5s), 0) << "the next caller blocked or failed";
+  }
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using syscommon::testing::wait_for;
 
 class MultiProcessTest : public ::testing::Test {
  protected:
@@ -25,19 +26,6 @@ class MultiProcessTest : public ::testing::Test {
     shm_init();
   }
 };
-
-// Waits for `pid` up to `limit`; kills it and returns -1 if it did not finish.
-int wait_for(pid_t pid, std::chrono::milliseconds limit) {
-  auto deadline = std::chrono::steady_clock::now() + limit;
-  int status = 0;
-  while (std::chrono::steady_clock::now() < deadline) {
-    if (waitpid(pid, &status, WNOHANG) == pid) return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
-    std::this_thread::sleep_for(5ms);
-  }
-  kill(pid, SIGKILL);
-  waitpid(pid, &status, 0);
-  return -1;
-}
 
 // The web session list is 240 bytes: large enough that an unlocked copy would tear.
 bool torn(const uint8_t (&rec)[SHM_WEB_SESSION_LIST_SIZE]) {

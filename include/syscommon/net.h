@@ -130,8 +130,11 @@ SYSCOMMON_API int net_CloseSocketToInterface_Recv(InterfaceSocket *endpoint);
  * or a negative value; the message is left unchanged apart from byte 7. */
 SYSCOMMON_API int net_SendToInterface(InterfaceSocket *endpoint, InterfaceMessage *message);
 /* Receives one transfer into `buffer` (an array of records; null = consume and record the
- * first datagram only). One time budget covers the whole transfer. Returns the records
- * stored, -1 budget spent, -2 wait failed, -3 / -4 on_timeout returned 1 / other. */
+ * first datagram only). One time budget covers the whole transfer; microseconds of a second
+ * or more count as select() counts them. A budget used up to exactly zero by earlier
+ * datagrams makes the next wait one without limit, as the device's receivers have always
+ * behaved. Returns the records stored, -1 budget spent, -2 wait failed, -3 / -4 on_timeout
+ * returned 1 / other. */
 SYSCOMMON_API int net_RecvFromInterface1(InterfaceSocket *endpoint, void *buffer, net_timeout_fn on_timeout);
 /* Sends `count` records as a data transfer (type 1) in as many datagrams as needed, each
  * carrying the endpoint's seq. `per_datagram` is not used. Returns the last send's result,

@@ -179,7 +179,9 @@ SYSCOMMON_STATIC_ASSERT(sizeof(ShmRedundancy) == 40 && offsetof(ShmRedundancy, r
 /* ---- Registry ---- */
 
 /* Creates every semaphore and zeroes every segment (run once at system start; running it
- * again wipes all shared state). Returns what the last shm_leaveCS returned. */
+ * again wipes all shared state). It sets every semaphore but the system segment's free, as
+ * start-up requires: run while another process holds one of those locks, it frees that
+ * lock under the holder. Returns what the last shm_leaveCS returned. */
 SYSCOMMON_API int shm_init(void);
 /* Creates and zeroes the VLAN CPU-port segment (7898). */
 SYSCOMMON_API int shm_vlanCpuInfoInit(void);

@@ -1,10 +1,15 @@
 #include "support/test_support.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
 #include <sys/ipc.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -23,6 +28,69 @@ std::string sim_root() {
 }
 
 std::string sim_path(const std::string &absolute) { return sim_root() + absolute; }
+
+int wait_for(pid_t pid, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  int status = 0;
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (waitpid(pid, &status, WNOHANG) == pid) return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
+    usleep(5000);
+  }
+  kill(pid, SIGKILL);
+  waitpid(pid, &status, 0);
+  return -1;
+}
+
+ProgramRun run_program(const std::string &path, const std::vector<std::string> &args,
+                       std::chrono::milliseconds limit) {
+  ProgramRun run;
+  int out[2], err[2];
+  if (pipe(out) != 0) return run;
+  if (pipe(err) != 0) {
+    close(out[0]);
+    close(out[1]);
+    return run;
+  }
+  const pid_t pid = fork();
+  if (pid == 0) {
+    const int null = open("/dev/null", O_RDONLY);
+    dup2(null, 0);
+    dup2(out[1], 1);
+    dup2(err[1], 2);
+    std::vector<char *> argv{const_cast<char *>(path.c_str())};
+    for (const auto &a : args) argv.push_back(const_cast<char *>(a.c_str()));
+    argv.push_back(nullptr);
+    execv(path.c_str(), argv.data());
+    _exit(127);
+  }
+  close(out[1]);
+  close(err[1]);
+  // Both pipes are drained while the program runs, so a chatty one never blocks on them.
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  pollfd fds[2] = {{out[0], POLLIN, 0}, {err[0], POLLIN, 0}};
+  std::string *sinks[2] = {&run.out, &run.err};
+  int open_pipes = 2;
+  while (open_pipes > 0 && std::chrono::steady_clock::now() < deadline) {
+    if (poll(fds, 2, 50) <= 0) continue;
+    for (int i = 0; i < 2; ++i) {
+      if (fds[i].fd < 0 || fds[i].revents == 0) continue;
+      char buf[4096];
+      const ssize_t n = read(fds[i].fd, buf, sizeof buf);
+      if (n > 0) {
+        sinks[i]->append(buf, static_cast<std::size_t>(n));
+        continue;
+      }
+      close(fds[i].fd);
+      fds[i].fd = -1;
+      --open_pipes;
+    }
+  }
+  for (const pollfd &f : fds)
+    if (f.fd >= 0) close(f.fd);
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+  run.status = wait_for(pid, std::max(left, std::chrono::milliseconds(0)));
+  return run;
+}
 
 std::string read_file(const std::string &path) {
   std::ifstream in(path, std::ios::binary);

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/types.h>
+
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -30,6 +33,20 @@ void install_device_ps();
 // Recreates the simulated flash partitions "/dev/mtd0..2" as tools/mksimroot.sh lays them
 // out (1 MiB, 4 MiB, 8 MiB, all bytes 0).
 void reset_flash();
+// Waits for child `pid` up to `limit`: its exit status, 128 when a signal ended it, or -1
+// when it did not finish in time (it is then killed and reaped).
+int wait_for(pid_t pid, std::chrono::milliseconds limit);
+
+// What a program run to its end left: exit status (128 when a signal ended it, -1 when it
+// overran its deadline and was killed), standard output and standard error.
+struct ProgramRun {
+  int status = -1;
+  std::string out, err;
+};
+// Runs `path` with `args` (no shell), standard input empty, for at most `limit`.
+ProgramRun run_program(const std::string &path, const std::vector<std::string> &args,
+                       std::chrono::milliseconds limit = std::chrono::seconds(10));
+
 // Installs an executable shell script as $SYSCOMMON_ROOT/bin/NAME (first on PATH).
 void write_stub(const std::string &name, const std::string &script);
 

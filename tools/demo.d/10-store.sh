@@ -4,8 +4,8 @@ run shm init
 run shm set timezone 46
 run shm set protocol 2
 run shm ring 1 3 4
-run shm set led-master 0x05
-run shm set led-coupling 0x02
+run shm set led-master 5
+run shm set led-coupling 2
 run shm set web-max-users 4
 run shm set con-max-users 2
 run shm set sys-timeout 300

@@ -33,15 +33,12 @@ int role_code(const std::string &role) {
 }
 
 void check_name(const std::string &name) {
-  if (name.size() >= ACCOUNT_NAME_SIZE) throw UsageError{"name longer than 31 characters"};
+  check_text(name, "name", ACCOUNT_NAME_SIZE - 1);
   if (Ssys_CheckString(name.c_str()) != 1 || name.find(' ') != std::string::npos)
     throw UsageError{"name may hold letters, digits and _ @ ! # $ % ^ & * ( ) . / - only"};
 }
 
-void check_password(const std::string &password) {
-  if (password.empty() || password.size() >= ACCOUNT_PASSWORD_SIZE)
-    throw UsageError{"password must have 1 to 31 characters"};
-}
+void check_password(const std::string &password) { check_text(password, "password", ACCOUNT_PASSWORD_SIZE - 1); }
 
 std::string authority_text(uint32_t authority) {
   char text[32] = "";
@@ -109,24 +106,25 @@ int cmd_add(const Args &args) {
 int cmd_set(const Args &args) {
   expect_args(args, 3, 3);
   const std::string &name = args[0];
-  const std::string &what = args[1];
+  const bool password_change = args[1] == "password";
+  // Every argument is checked before the list is looked at.
+  if (password_change)
+    check_password(args[2]);
+  else if (args[1] != "authority")
+    throw UsageError{"set NAME password PASSWORD | set NAME authority admin|config|user"};
+  const int code = password_change ? ACCOUNT_CODE_KEEP : role_code(args[2]);
   int index = account_get_account_list_index(name.c_str());
   if (index < 0) return report(ACCOUNT_ERR_NOT_FOUND, name);
   UserAccountList list = load();
   UserAccount &rec = list.account[index];
   int rc = 0;
-  if (what == "password") {
-    check_password(args[2]);
-    const int keep = ACCOUNT_CODE_KEEP;
-    rc = account_set(&rec, &keep, name.c_str(), args[2].c_str(), 0);
-  } else if (what == "authority") {
-    int code = role_code(args[2]);
+  if (password_change) {
+    rc = account_set(&rec, &code, name.c_str(), args[2].c_str(), 0);
+  } else {
     if (code != ACCOUNT_CODE_SYSTEM_ADMIN && rec.authority == ACCOUNT_AUTH_SYSTEM_ADMIN && count_admins(list) == 1)
       return fail("'" + name + "' is the last System admin and must keep that authority");
     std::string password(rec.password, strnlen(rec.password, sizeof rec.password));
     rc = account_set(&rec, &code, name.c_str(), password.c_str(), 0);
-  } else {
-    throw UsageError{"set NAME password PASSWORD | set NAME authority admin|config|user"};
   }
   if (rc != 0) return report(rc, name);
   save(list);

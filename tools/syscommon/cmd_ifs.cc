@@ -110,7 +110,7 @@ int parse_vid(const std::string &text) { return static_cast<int>(parse_number(te
 int parse_bridge_id(const std::string &text) { return static_cast<int>(parse_number(text, "bridge id", 8000, 0x7fffffff)); }
 
 void copy_user_name(char (&field)[SHM_IFNAME_SIZE], const std::string &name) {
-  if (name.empty() || name.size() >= SHM_IFNAME_SIZE) throw UsageError{"name '" + name + "' must have 1 to 31 characters"};
+  check_text(name, "name", SHM_IFNAME_SIZE - 1);
   if (name.find_first_of("\"'`$\\;&|<> ") != std::string::npos)
     throw UsageError{"name '" + name + "' must not contain blanks or shell characters"};
   std::memset(field, 0, sizeof field);

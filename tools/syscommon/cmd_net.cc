@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -32,32 +33,17 @@ std::vector<uint8_t> parse_hex(const std::string &text) {
   return bytes;
 }
 
-// "--name VALUE" options after the positional arguments.
-struct Options {
-  std::vector<std::string> positional;
-  std::vector<std::pair<std::string, std::string>> named;
-  const std::string *get(const std::string &name) const {
-    for (const auto &[k, v] : named)
-      if (k == name) return &v;
-    return nullptr;
-  }
-};
-
-Options parse_options(const Args &args, const std::vector<std::string> &known) {
-  Options o;
-  for (std::size_t i = 0; i < args.size(); ++i) {
-    if (args[i].rfind("--", 0) != 0) {
-      o.positional.push_back(args[i]);
-      continue;
-    }
-    bool ok = false;
-    for (const auto &k : known) ok = ok || args[i] == k;
-    if (!ok) throw UsageError{"unknown option '" + args[i] + "'"};
-    if (i + 1 >= args.size()) throw UsageError{args[i] + " needs a value"};
-    o.named.emplace_back(args[i], args[i + 1]);
-    ++i;
-  }
-  return o;
+// A socket NAME is a path under the RAM disk: it may not climb out of it, and listening
+// never removes a file that is not a socket.
+std::string socket_name(const Options &o) {
+  if (o.positional.size() != 1) throw UsageError{"expected one socket NAME, e.g. socket/lumen168-socket"};
+  const std::string &name = o.positional[0];
+  constexpr std::size_t kPathRoom = sizeof(sockaddr_un::sun_path) - 1;
+  check_text(name, "socket NAME", kPathRoom);
+  if (name[0] == '/' || ("/" + name + "/").find("/../") != std::string::npos)
+    throw UsageError{"socket NAME is a path under the RAM disk, without a leading '/' or '..', not '" + name + "'"};
+  if (net::ramdisk_path(name.c_str()).size() > kPathRoom) throw UsageError{"socket NAME '" + name + "' is too long"};
+  return name;
 }
 
 void print_datagram(unsigned n, const InterfaceMessage &m, std::size_t size, std::string_view from) {
@@ -82,11 +68,18 @@ void print_datagram(unsigned n, const InterfaceMessage &m, std::size_t size, std
 
 int cmd_listen(const Args &args) {
   const Options o = parse_options(args, {"--count"});
-  if (o.positional.size() != 1) throw UsageError{"expected one socket NAME, e.g. socket/lumen168-socket"};
+  const std::string name = socket_name(o);
   const long limit = o.get("--count") != nullptr ? parse_number(*o.get("--count"), "--count", 1, 1000000) : 0;
+  const std::string path = net::ramdisk_path(name.c_str());
+  std::error_code error;
+  const auto kind = std::filesystem::symlink_status(path, error).type();
+  if (kind != std::filesystem::file_type::not_found && kind != std::filesystem::file_type::socket) {
+    std::fprintf(stderr, "syscommon net: %s exists and is not a socket; not removed\n", path.c_str());
+    return 1;
+  }
   InterfaceSocket ep{};
-  if (net_OpenSocketToInterface_Recv(&ep, o.positional[0].c_str()) != 0) {
-    std::fprintf(stderr, "syscommon net: cannot listen on %s\n", o.positional[0].c_str());
+  if (net_OpenSocketToInterface_Recv(&ep, name.c_str()) != 0) {
+    std::fprintf(stderr, "syscommon net: cannot listen on %s\n", name.c_str());
     if (ep.fd >= 0) close_descriptor(ep.fd);
     return 1;
   }
@@ -116,10 +109,10 @@ int cmd_listen(const Args &args) {
 
 int cmd_send(const Args &args) {
   const Options o = parse_options(args, {"--type", "--cmd", "--hex", "--seq", "--offset", "--tag", "--record-size"});
-  if (o.positional.size() != 1) throw UsageError{"expected one socket NAME, e.g. socket/lumen168-socket"};
+  const std::string name = socket_name(o);
   if (o.get("--type") == nullptr || o.get("--cmd") == nullptr) throw UsageError{"--type and --cmd are required"};
-  auto number = [&](const char *name, long def, long max) {
-    return o.get(name) != nullptr ? parse_number(*o.get(name), name, 0, max) : def;
+  auto number = [&](const char *option, long def, long max) {
+    return o.get(option) != nullptr ? parse_number(*o.get(option), option, 0, max) : def;
   };
   const std::vector<uint8_t> data = o.get("--hex") != nullptr ? parse_hex(*o.get("--hex")) : std::vector<uint8_t>{};
   const long record_size = number("--record-size", static_cast<long>(data.size()), NET_MSG_DATA_SIZE);
@@ -127,7 +120,7 @@ int cmd_send(const Args &args) {
     throw UsageError{"--record-size must divide the data into at most 255 records"};
 
   InterfaceSocket ep{};
-  if (net_OpenSocketToInterface_Send(&ep, o.positional[0].c_str(), static_cast<uint32_t>(number("--offset", 0, 255))) != 1)
+  if (net_OpenSocketToInterface_Send(&ep, name.c_str(), static_cast<uint32_t>(number("--offset", 0, 255))) != 1)
     return 1;
   ep.tag = static_cast<uint8_t>(number("--tag", 0, 255));
   InterfaceMessage m{};

@@ -1,4 +1,6 @@
 // syscommon shm: initialise, set and show the shared settings store.
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -33,16 +35,19 @@ std::string mac_text(const uint8_t *m) {
   return buf;
 }
 
+// Six groups of one or two hex digits separated by ':', nothing else.
 bool parse_mac(const std::string &text, uint8_t out[6]) {
-  unsigned v[6];
-  char tail;
-  if (std::sscanf(text.c_str(), "%x:%x:%x:%x:%x:%x%c", &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &tail) != 6)
-    return false;
+  const char *p = text.data();
+  const char *const end = p + text.size();
   for (int i = 0; i < 6; ++i) {
-    if (v[i] > 255) return false;
-    out[i] = static_cast<uint8_t>(v[i]);
+    if (i > 0 && (p == end || *p++ != ':')) return false;
+    unsigned v = 0;
+    const auto [stop, error] = std::from_chars(p, std::min(p + 2, end), v, 16);
+    if (error != std::errc()) return false;
+    out[i] = static_cast<uint8_t>(v);
+    p = stop;
   }
-  return true;
+  return p == end;
 }
 
 void row(const char *label, const std::string &value) { std::printf("  %-34s %s\n", label, value.c_str()); }

@@ -33,16 +33,18 @@ int cmd_list(const Args &args) {
   return 0;
 }
 
-// "+HH:MM" or "-HH:MM" into west/hours/minutes.
+// "+H:MM", "+HH:MM", "-H:MM" or "-HH:MM" into west/hours/minutes, within the range the
+// device's table is searched over (hours 0..13, minutes 0..59). False when the text is no
+// offset at all; an offset out of range is a usage error.
 bool parse_offset(const std::string &text, int &west, int &hours, int &minutes) {
-  if (text.size() < 2 || (text[0] != '+' && text[0] != '-')) return false;
-  unsigned h = 0, m = 0;
-  int used = 0;
-  if (std::sscanf(text.c_str() + 1, "%2u:%2u%n", &h, &m, &used) != 2 || used != static_cast<int>(text.size()) - 1)
-    return false;
+  const std::size_t colon = text.find(':');
+  if (text.size() < 2 || (text[0] != '+' && text[0] != '-') || colon == std::string::npos) return false;
+  const std::string h = text.substr(1, colon - 1), m = text.substr(colon + 1);
+  if (h.empty() || h.size() > 2 || m.size() != 2)
+    throw UsageError{"offset must look like +08:00 or -03:30, not '" + text + "'"};
   west = text[0] == '-' ? 1 : 0;
-  hours = static_cast<int>(h);
-  minutes = static_cast<int>(m);
+  hours = static_cast<int>(parse_number(h, "offset hours", 0, 13));
+  minutes = static_cast<int>(parse_number(m, "offset minutes", 0, 59));
   return true;
 }
 
@@ -80,10 +82,12 @@ int find_by_city(const std::string &text) {
 
 int cmd_find(const Args &args) {
   expect_args(args, 1, 1);
+  if (args[0].empty()) throw UsageError{"expected an offset or a part of a zone label, not ''"};
   int west = 0, hours = 0, minutes = 0;
   if (parse_offset(args[0], west, hours, minutes)) return find_by_offset(west, hours, minutes, args[0]);
   if (args[0][0] == '+' || args[0][0] == '-')
     throw UsageError{"offset must look like +08:00 or -03:30, not '" + args[0] + "'"};
+  check_text(args[0], "CITY", 63);
   return find_by_city(args[0]);
 }
 

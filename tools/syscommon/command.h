@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace syscommon::tool {
@@ -31,6 +32,10 @@ struct UsageError {
   std::string message;
 };
 
+// Thrown when "--help" or "-h" stands where an option may stand: the command's usage is
+// printed and the tool exits 0.
+struct HelpRequest {};
+
 // Registers a group at static-initialisation time.
 struct Registration {
   explicit Registration(Group group);
@@ -39,8 +44,23 @@ struct Registration {
 const std::vector<Group> &groups();
 
 // Argument helpers: parse or throw UsageError naming the argument.
+
+// A decimal number, the whole token ("010" is ten, "0x10" and " 1" are refused), checked
+// against [min, max].
 long parse_number(const std::string &text, std::string_view what, long min, long max);
 void expect_args(const Args &args, std::size_t min, std::size_t max);
+// Text that is stored or written into a one-line record: 1 to max_length characters, no
+// control characters (a line feed would split the record).
+void check_text(const std::string &text, std::string_view what, std::size_t max_length);
+
+// "--name VALUE" options among positional arguments. An option may be given once; "--help"
+// or "-h" where an option may stand throws HelpRequest.
+struct Options {
+  std::vector<std::string> positional;
+  std::vector<std::pair<std::string, std::string>> named;
+  const std::string *get(std::string_view name) const;
+};
+Options parse_options(const Args &args, const std::vector<std::string> &known);
 
 }  // namespace syscommon::tool
 

@@ -1,7 +1,7 @@
 // syscommon: inspect and drive the shared device state from a shell.
-#include <cerrno>
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 
 #include "tools/syscommon/command.h"
@@ -44,11 +44,11 @@ Registration::Registration(Group group) { registry().push_back(std::move(group))
 const std::vector<Group> &groups() { return registry(); }
 
 long parse_number(const std::string &text, std::string_view what, long min, long max) {
-  char *end = nullptr;
-  errno = 0;
-  long v = std::strtol(text.c_str(), &end, 0);
-  if (text.empty() || *end != '\0' || errno != 0 || v < min || v > max)
-    throw UsageError{std::string(what) + " must be a number from " + std::to_string(min) + " to " +
+  long v = 0;
+  const char *end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, v, 10);
+  if (text.empty() || error != std::errc() || stop != end || v < min || v > max)
+    throw UsageError{std::string(what) + " must be a decimal number from " + std::to_string(min) + " to " +
                      std::to_string(max) + ", not '" + text + "'"};
   return v;
 }
@@ -56,6 +56,38 @@ long parse_number(const std::string &text, std::string_view what, long min, long
 void expect_args(const Args &args, std::size_t min, std::size_t max) {
   if (args.size() < min) throw UsageError{"missing argument"};
   if (args.size() > max) throw UsageError{"unexpected argument '" + args[max] + "'"};
+}
+
+void check_text(const std::string &text, std::string_view what, std::size_t max_length) {
+  if (text.empty() || text.size() > max_length)
+    throw UsageError{std::string(what) + " must have 1 to " + std::to_string(max_length) + " characters"};
+  for (const char c : text)
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
+      throw UsageError{std::string(what) + " must not contain control characters or line feeds"};
+}
+
+const std::string *Options::get(std::string_view name) const {
+  for (const auto &[k, v] : named)
+    if (k == name) return &v;
+  return nullptr;
+}
+
+Options parse_options(const Args &args, const std::vector<std::string> &known) {
+  Options o;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    if (args[i] == "--help" || args[i] == "-h") throw HelpRequest{};
+    if (args[i].rfind("--", 0) != 0) {
+      o.positional.push_back(args[i]);
+      continue;
+    }
+    if (std::find(known.begin(), known.end(), args[i]) == known.end())
+      throw UsageError{"unknown option '" + args[i] + "'"};
+    if (o.get(args[i]) != nullptr) throw UsageError{args[i] + " given twice"};
+    if (i + 1 >= args.size()) throw UsageError{args[i] + " needs a value"};
+    o.named.emplace_back(args[i], args[i + 1]);
+    ++i;
+  }
+  return o;
 }
 
 int run(int argc, char **argv) {
@@ -81,18 +113,17 @@ int run(int argc, char **argv) {
   }
   for (const auto &c : group->commands) {
     if (c.name != words[1]) continue;
-    Args args(words.begin() + 2, words.end());
-    for (const auto &a : args) {
-      if (is_help(a)) {
-        print_command_help(*group, c);
-        return 0;
-      }
-    }
+    const Args args(words.begin() + 2, words.end());
     try {
+      // Only an option in option position asks for help; a value spelled "help" is a value.
+      if (!args.empty() && (args[0] == "--help" || args[0] == "-h")) throw HelpRequest{};
       return c.run(args);
+    } catch (const HelpRequest &) {
+      print_command_help(*group, c);
+      return 0;
     } catch (const UsageError &e) {
-      std::cerr << "syscommon " << group->name << " " << c.name << ": " << e.message << "\n"
-                << "usage: syscommon " << group->name << " " << c.name << " " << c.usage << "\n";
+      std::cerr << "syscommon " << group->name << " " << c.name << ": " << e.message << " (usage: syscommon "
+                << group->name << " " << c.name << (c.usage.empty() ? "" : " " + c.usage) << ")\n";
       return 2;
     }
   }
