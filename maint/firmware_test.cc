@@ -96,13 +96,14 @@ TEST_F(Firmware, StreamedSumAgreesWithInMemorySum) {
   Bytes data = random_bytes(1200, 3);
   std::string path = sim_path("/tmp/sum");
   write_file(path, std::string(data.begin(), data.end()));
-  for (std::size_t length : {0u, 1u, 3u, 4u, 6u, 255u, 256u, 257u, 510u, 512u, 1024u, 1200u}) {
+  for (std::size_t length : {0u, 1u, 3u, 4u, 6u, 255u, 256u, 257u, 510u, 512u, 1024u, 1199u}) {
     SCOPED_TRACE(length);
     uint32_t mem = 1, streamed = 2;
     EXPECT_EQ(file_check_sum(data.data(), static_cast<int>(length), &mem), 0);
     EXPECT_EQ(mem, reference_sum(data.data(), length));
     FILE *f = std::fopen(path.c_str(), "r");  // bounded over a longer file
     file_check_sum_tmp(f, static_cast<uint32_t>(length), &streamed);
+    EXPECT_EQ(std::ftell(f), static_cast<long>(std::min<std::size_t>((length + 255) / 256 * 256, data.size())));  // whole chunks consumed
     std::fclose(f);
     EXPECT_EQ(streamed, mem);
     // To the end of a file of exactly `length` bytes: a partial last group is completed
