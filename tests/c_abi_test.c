@@ -5,7 +5,9 @@
 
 #include "syscommon/hw.h"
 #include "syscommon/log.h"
+#include "syscommon/maint.h"
 #include "syscommon/net.h"
+#include "syscommon/netstat.h"
 #include "syscommon/platform.h"
 #include "syscommon/shm.h"
 #include "syscommon/util.h"
@@ -27,6 +29,7 @@ int main(void) {
   CHECK(Ssys_current_secs() != 0);
   CHECK(sizeof(InterfaceMessage) == 4108);
   CHECK(sizeof(ShmEepromInfo) == 700);
+  CHECK(sizeof(FwHeader) == 32 && GPIO_PWR_FLAG[0] == 32 && Ssys_getSfpVendorDataSize() == 7);
   CHECK(Slog_getEventDescTableSize() == 35);
   CHECK(timezone_str[21] != NULL);
   CHECK(month_str_to_int("Feb") == 2);
