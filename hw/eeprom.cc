@@ -1,7 +1,9 @@
 // The identity EEPROM, the hardware version and the board's MAC address.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <string_view>
 
 #include "platform/host.h"
 #include "syscommon/hw.h"
@@ -90,8 +92,10 @@ SYSCOMMON_API int Scf_getBurnHour(void *buf) {
 }
 
 SYSCOMMON_API int Ssys_setEOTFlagAndBurnHour(int flag, uint32_t minutes) {
+  // Eight marker characters (no terminator), the minutes, a 0 byte.
   char record[13] = {};
-  std::memcpy(record, flag == kEotFlagOn ? "EOTSETON" : "EOTSETOF", 8);
+  const std::string_view marker = flag == kEotFlagOn ? "EOTSETON" : "EOTSETOF";
+  std::copy(marker.begin(), marker.end(), record);
   std::memcpy(record + 8, &minutes, 4);
   std::printf("min = %d\n", static_cast<int>(minutes));
   return Write_Data_To_Flash_From_End(record, 48, 1, 12) != -1 ? 1 : -1;

@@ -179,7 +179,7 @@ TEST_F(Hardware, PortsModulesAndIdentityHelpers) {
   char media[16];
   memset(media, 'x', sizeof media);
   EXPECT_EQ(get_port_media_type(3, media), media);
-  EXPECT_EQ(std::string(media, 11), std::string("100M, RJ45", 11));
+  EXPECT_EQ(std::string(media, 11), std::string("100M, RJ45\0", 11));
   EXPECT_EQ(Ssys_MGBIC_checkVenderData("TarnnetOptics"), 0);
   EXPECT_EQ(Ssys_MGBIC_checkVenderData("tarnnet"), -1);
   EXPECT_EQ(Ssys_getSfpVendorDataSize(), 7);

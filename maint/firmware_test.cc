@@ -30,7 +30,7 @@ using namespace syscommon::testing;
 using Bytes = std::vector<uint8_t>;
 
 constexpr uint32_t kImageId = 0x4B563930;
-constexpr std::size_t kFsSize = 256 * 1024;
+constexpr std::size_t kFsSize = std::size_t{256} * 1024;
 
 Bytes random_bytes(std::size_t n, unsigned seed) {
   std::mt19937 gen(seed);

@@ -31,7 +31,7 @@ class Flash : public ::testing::Test {
   void SetUp() override {
     SYSCOMMON_REQUIRE_ISOLATION();
     reset_flash();
-    kernel_ = random_bytes(4 * 1024 * 1024, 5);
+    kernel_ = random_bytes(std::size_t{4} << 20, 5);
     store(1, kernel_);
   }
   static std::string mtd(int n) { return sim_path("/dev/mtd" + std::to_string(n)); }
@@ -88,7 +88,7 @@ TEST_F(Flash, WriteFromUploadFile) {
   std::string out = testing::internal::GetCapturedStdout();
   EXPECT_NE(out.find("/dev/mtd9 open error err=2\nfis_writeBuf_tmp line "), std::string::npos);
   Bytes p = load(1);
-  EXPECT_TRUE(std::equal(file.begin() + 7, file.begin() + 7 + 2 * 1024 * 1024 + 3, p.begin()));
+  EXPECT_TRUE(std::equal(file.begin() + 7, file.begin() + 7 + (2l << 20) + 3, p.begin()));
   EXPECT_EQ(p[2 * 1024 * 1024 + 3], 0xFF);
   write_file(upload, "");  // an empty upload: erased, nothing programmed
   EXPECT_EQ(fis_writeBuf_tmp(0, 100, FIS_FLAG_VERIFY, 1), 0);

@@ -200,7 +200,7 @@ int cmd_pack(const Args &args) {
   uint32_t sum = 0;
   file_check_sum(image.data() + FW_HEADER_SIZE, static_cast<int>(image.size() - FW_HEADER_SIZE), &sum);
   const uint32_t words[8] = {FW_KERNEL_SIZE, static_cast<uint32_t>(fs.size()), 0, id, sum, version, built, 0};
-  for (int w = 0; w < 8; ++w) put_be32(image.data() + 4 * w, words[w]);
+  for (std::size_t w = 0; w < 8; ++w) put_be32(image.data() + 4 * w, words[w]);
   std::ofstream out(o.positional[2], std::ios::binary | std::ios::trunc);
   out.write(reinterpret_cast<const char *>(image.data()), static_cast<std::streamsize>(image.size()));
   if (!out.flush()) {
