@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/ratio.h"
 #include "syscommon/maint.h"
 
 namespace {
@@ -84,17 +85,6 @@ BENCHMARK(BM_FileCheckSum)->Repetitions(5)->ReportAggregatesOnly(true)->Unit(ben
 BENCHMARK(BM_FloorRead)->Repetitions(5)->ReportAggregatesOnly(true)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_FileCheckSumStream)->Repetitions(5)->ReportAggregatesOnly(true)->Unit(benchmark::kMillisecond);
 
-// Console output as usual, plus the median of each benchmark kept for the ratios.
-class MedianReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run> &runs) override {
-    for (const auto &r : runs)
-      if (r.aggregate_name == "median") medians[r.run_name.function_name] = r.GetAdjustedRealTime();
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::map<std::string, double> medians;
-};
-
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -106,7 +96,7 @@ int main(int argc, char **argv) {
     std::perror("maint_bench: writing the image file");
     return 1;
   }
-  MedianReporter reporter;
+  syscommon::bench::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   auto ratio = [&](const char *what, const char *lib, const char *floor, const char *goal) {
     if (reporter.medians.count(lib) == 0 || reporter.medians.count(floor) == 0) return;

@@ -4,25 +4,16 @@
 #include <sched.h>
 #include <sys/mount.h>
 
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <random>
-#include <thread>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "support/test_support.h"
 #include "syscommon/maint.h"
-
-extern char **environ;
 
 namespace {
 
@@ -263,32 +254,13 @@ TEST_F(Firmware, VersionTexts) {
 TEST_F(Firmware, UploadStopsTheServicesByName) {
   install_device_ps();
   std::vector<pid_t> pids;
-  for (std::string name : {"snmpd", "dhcpd", "lldpd", "agent_snmpd"}) {
-    std::string path = sim_path("/bin/" + name), seconds = "30";
-    std::filesystem::copy_file("/bin/sleep", path, std::filesystem::copy_options::overwrite_existing);
-    char *argv[] = {name.data(), seconds.data(), nullptr};
-    pid_t pid = -1;
-    ASSERT_EQ(posix_spawn(&pid, path.c_str(), nullptr, nullptr, argv, environ), 0);
-    pids.push_back(pid);
-  }
+  for (const char *name : {"snmpd", "dhcpd", "lldpd", "agent_snmpd"}) pids.push_back(start_named_sleep(name));
   EXPECT_EQ(fwupgrad_funkill(), 0);
   std::vector<std::string> lines = trace_lines();
   ASSERT_EQ(lines.size(), 3u);
   EXPECT_EQ(lines[1], "ps|grep -i dhcpd|grep -v grep|grep -v agent_dhcpd|cut -c 1-5|xargs kill -9");
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-  for (std::size_t i = 0; i < pids.size(); ++i) {
-    int status = 0;
-    pid_t got = 0;
-    while ((got = waitpid(pids[i], &status, WNOHANG)) == 0 && std::chrono::steady_clock::now() < deadline && i < 3)
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    if (i < 3) {
-      EXPECT_TRUE(got == pids[i] && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << i;
-    } else {
-      EXPECT_EQ(got, 0) << "the agent survives";
-      kill(pids[i], SIGKILL);
-      waitpid(pids[i], nullptr, 0);
-    }
-  }
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(wait_for(pids[i], std::chrono::seconds(5)), 128) << "ended by a signal";
+  EXPECT_EQ(wait_for(pids[3], std::chrono::milliseconds(200)), -1) << "the agent survives (killed now)";
 }
 
 }  // namespace

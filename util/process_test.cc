@@ -2,7 +2,6 @@
 // PID namespace (a kill by name reaches nothing else there) and files of the simulated
 // root. Every test here requires the isolation.
 #include <sched.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,8 +16,6 @@
 
 #include "support/test_support.h"
 #include "syscommon/util.h"
-
-extern char **environ;
 
 namespace {
 
@@ -40,12 +37,9 @@ class ProcessControl : public ::testing::Test {
     }
   }
   // Starts a copy of sleep installed as $ROOT/bin/NAME, with argv[0] NAME.
-  pid_t start(std::string name) {
-    std::string path = sim_path("/bin/" + name), seconds = "300";
-    std::filesystem::copy_file("/bin/sleep", path, std::filesystem::copy_options::skip_existing);
-    char *argv[] = {name.data(), seconds.data(), nullptr};
-    pid_t pid = -1;
-    EXPECT_EQ(posix_spawn(&pid, path.c_str(), nullptr, nullptr, argv, environ), 0);
+  pid_t start(const std::string &name) {
+    pid_t pid = start_named_sleep(name);
+    EXPECT_GT(pid, 0) << name;
     children_.insert(pid);
     return pid;
   }
