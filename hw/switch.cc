@@ -7,11 +7,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include "platform/host.h"
 #include "syscommon/hw.h"
 #include "syscommon/shm.h"
+#include "util/buffer.h"
 #include "util/format.h"
 
 namespace {
@@ -107,12 +107,14 @@ SYSCOMMON_API int SsysGetDesignatedMasterAddr(int n, uint8_t *out, int len) {
   if (stat(status.c_str(), &st) != 0 || st.st_size < 1) return -1;
   auto file = syscommon::open_file(status, "r");
   if (!file) return -1;
-  std::vector<char> report(static_cast<std::size_t>(st.st_size) + 1, '\0');
-  [[maybe_unused]] std::size_t got = std::fread(report.data(), 1, static_cast<std::size_t>(st.st_size), file.get());
+  syscommon::ByteBuffer buffer = syscommon::try_buffer(static_cast<std::size_t>(st.st_size) + 1);
+  if (!buffer) return -1;
+  auto *report = reinterpret_cast<char *>(buffer.get());
+  [[maybe_unused]] std::size_t got = std::fread(report, 1, static_cast<std::size_t>(st.st_size), file.get());
   // The n-th marker (n from 1); each search after the first starts past the previous one.
   const char *match = nullptr;
   for (int i = 0; i < n; ++i) {
-    match = std::strstr(match == nullptr ? report.data() : match + kMasterMarkerLen, kMasterMarker);
+    match = std::strstr(match == nullptr ? report : match + kMasterMarkerLen, kMasterMarker);
     if (match == nullptr) break;
   }
   if (match != nullptr && len >= 18) {

@@ -7,11 +7,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <vector>
 
 #include "maint/checksum.h"
 #include "syscommon/hw.h"
 #include "syscommon/maint.h"
+#include "util/buffer.h"
 
 namespace syscommon::maint {
 
@@ -98,18 +98,21 @@ SYSCOMMON_API int file_check_sum_tmp(FILE *stream, uint32_t length, uint32_t *su
     remaining -= 4 * static_cast<int64_t>(groups);
     return groups;
   };
-  std::vector<unsigned char> block(kStreamBlock);
   std::array<unsigned char, kStreamChunk> chunk{};  // the device's chunk buffer
+  syscommon::ByteBuffer heap = syscommon::try_buffer(kStreamBlock);
+  std::array<unsigned char, kStreamChunk> small{};  // without a block: 256-byte reads
+  unsigned char *block = heap ? heap.get() : small.data();
+  const std::size_t block_size = heap ? kStreamBlock : small.size();
   while (to_end || remaining >= 1) {
-    std::size_t want = block.size();
+    std::size_t want = block_size;
     if (!to_end) want = std::min<std::size_t>(want, (static_cast<std::size_t>(remaining) + 255) / 256 * 256);
-    std::size_t got = std::fread(block.data(), 1, want, stream);
+    std::size_t got = std::fread(block, 1, want, stream);
     if (got == 0) break;
     std::size_t whole = got / kStreamChunk * kStreamChunk;
-    total += syscommon::maint::sum_be_words(block.data(), groups_in(whole));
-    if (whole > 0) std::memcpy(chunk.data(), block.data() + whole - kStreamChunk, kStreamChunk);
+    total += syscommon::maint::sum_be_words(block, groups_in(whole));
+    if (whole > 0) std::memcpy(chunk.data(), block + whole - kStreamChunk, kStreamChunk);
     if (got > whole && (to_end || remaining >= 1)) {
-      std::memcpy(chunk.data(), block.data() + whole, got - whole);
+      std::memcpy(chunk.data(), block + whole, got - whole);
       std::size_t groups = groups_in(got - whole), full = std::min(groups, (got - whole) / 4);
       total += syscommon::maint::sum_be_words(chunk.data(), full);
       if (groups > full) total += load_be32(chunk.data() + 4 * full);

@@ -7,14 +7,12 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
-#include <new>
 #include <string>
-#include <vector>
 
 #include "platform/host.h"
 #include "platform/mtd.h"
 #include "syscommon/maint.h"
+#include "util/buffer.h"
 
 namespace {
 
@@ -96,7 +94,7 @@ SYSCOMMON_API int fis_writeBuf_tmp(int offset, int length, int flags, int partit
   }
   if (fis_erase(dev.fd(), 0, partition) != 0) return -1;
   if ((flags & FIS_FLAG_ERASE_ONLY) != 0) return 0;
-  std::unique_ptr<unsigned char[]> buffer(new (std::nothrow) unsigned char[kTransferBuffer]);
+  syscommon::ByteBuffer buffer = syscommon::try_buffer(kTransferBuffer);
   if (!buffer) {
     std::printf("cannot alloc memory for fis_writeBuf ");
     return 0;  // reported as success, as the device always did
@@ -129,7 +127,8 @@ SYSCOMMON_API int Read_from_Flash_From_End(void *dst, int distance, int partitio
 
 SYSCOMMON_API int Write_Data_To_Flash_From_End(const void *data, int distance, int partition, int size) {
   if (size < 0) return -1;
-  std::vector<unsigned char> scratch(static_cast<std::size_t>(size));
+  syscommon::ByteBuffer scratch = syscommon::try_buffer(static_cast<std::size_t>(size));
+  if (!scratch) return -1;
   int rc = -1;
   {
     MtdDevice dev(partition, O_RDWR);
@@ -140,7 +139,7 @@ SYSCOMMON_API int Write_Data_To_Flash_From_End(const void *data, int distance, i
     rc = flash_erase_to_write(dev.fd(), 0, static_cast<int>(position), distance, data, size);
   }
   if (rc != 0) return -1;
-  Read_from_Flash_From_End(scratch.data(), distance, partition, size);  // read back, not compared
+  Read_from_Flash_From_End(scratch.get(), distance, partition, size);  // read back, not compared
   return 1;
 }
 
@@ -160,31 +159,32 @@ SYSCOMMON_API int flash_erase_to_write(int fd, int unlock, int start, int length
   const std::size_t span = static_cast<std::size_t>(start) + static_cast<std::size_t>(length) - s;
   std::size_t count = span > e ? span / e : 1;
 
-  std::vector<unsigned char> head(e), tail(e, 0xFF);
-  if (!read_at(fd, static_cast<off_t>(s), head.data(), e)) return fail_line(__func__, __LINE__);
+  syscommon::ByteBuffer head = syscommon::try_buffer(e), tail = syscommon::try_buffer(e, 0xFF);
+  if (!head || !tail || !read_at(fd, static_cast<off_t>(s), head.get(), e)) return fail_line(__func__, __LINE__);
   if (span > e && span % e != 0) {
-    if (!read_at(fd, static_cast<off_t>(s + e), tail.data(), e)) return fail_line(__func__, __LINE__);
+    if (!read_at(fd, static_cast<off_t>(s + e), tail.get(), e)) return fail_line(__func__, __LINE__);
     ++count;
   }
   const std::size_t data_at = static_cast<std::size_t>(start) - s;
   const std::size_t data_end = data_at + static_cast<std::size_t>(size);
-  std::vector<unsigned char> buffer(count * e, 0xFF);
-  if (data_end > buffer.size()) return fail_line(__func__, __LINE__);
+  const std::size_t length_all = count * e;
+  syscommon::ByteBuffer buffer = syscommon::try_buffer(length_all, 0xFF);
+  if (!buffer || data_end > length_all) return fail_line(__func__, __LINE__);
 
   if (erase_blocks(fd, unlock != 0, static_cast<uint32_t>(s), static_cast<uint32_t>(count), geometry.erase_size,
                    __func__) != 0)
     return -1;
-  std::memcpy(buffer.data(), head.data(), e);
-  if (size > 0) std::memcpy(buffer.data() + data_at, data, static_cast<std::size_t>(size));
+  std::memcpy(buffer.get(), head.get(), e);
+  if (size > 0) std::memcpy(buffer.get() + data_at, data, static_cast<std::size_t>(size));
   if (span > e) {
     std::size_t rem = data_end % e;
-    std::size_t piece = std::min({rem, buffer.size() - data_end, e - rem});
-    std::memcpy(buffer.data() + data_end, tail.data() + rem, piece);
+    std::size_t piece = std::min({rem, length_all - data_end, e - rem});
+    std::memcpy(buffer.get() + data_end, tail.get() + rem, piece);
   }
   std::printf("count = %d,erase.start = %d\n", static_cast<int>(count), static_cast<int>(s));
   auto ret = syscommon::mtd_seek(fd, static_cast<off_t>(s), SEEK_SET);
   std::printf("ret = %d\n", static_cast<int>(ret));
-  int rc = fis_program(fd, buffer.data(), static_cast<int>(buffer.size()));
+  int rc = fis_program(fd, buffer.get(), static_cast<int>(length_all));
   std::printf("ret = %d\n", rc);
   return rc;
 }

@@ -5,11 +5,11 @@
 
 #include <cstdio>
 #include <cstring>
-#include <vector>
 
 #include "platform/host.h"
 #include "syscommon/maint.h"
 #include "syscommon/util.h"
+#include "util/buffer.h"
 #include "util/format.h"
 
 namespace {
@@ -103,15 +103,16 @@ SYSCOMMON_API int Ssys_write_bios(void) {
     std::printf("%s fopen error\n", kBiosFile);
     return -1;
   }
-  std::vector<unsigned char> buffer(FW_BIOS_SIZE, 0);
-  std::size_t got = std::fread(buffer.data(), 1, buffer.size(), file.get());
+  syscommon::ByteBuffer buffer = syscommon::try_buffer(FW_BIOS_SIZE);
+  if (!buffer) return -1;
+  std::size_t got = std::fread(buffer.get(), 1, FW_BIOS_SIZE, file.get());
   std::printf("----- first 256 bytes -----\r");
   for (int i = 0; i < 256; ++i) {
     if (i % 16 == 0) std::printf("\n");
     std::printf("%02x ", buffer[static_cast<std::size_t>(i)]);
   }
   std::printf("\n%s() buffer size = %d, BIOS Upgrade file size = %d\n", __func__, FW_BIOS_SIZE, static_cast<int>(got));
-  if (fis_writeBuf(buffer.data(), FW_BIOS_SIZE, FIS_FLAG_VERIFY, 0) != 0) {
+  if (fis_writeBuf(buffer.get(), FW_BIOS_SIZE, FIS_FLAG_VERIFY, 0) != 0) {
     std::printf("\nBIOS Upgrade Error");
     return -1;
   }
