@@ -1,6 +1,7 @@
 #include "platform/host.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -35,6 +36,13 @@ int run_command(const std::string &command) {
 }
 
 File open_file(const std::string &path, const char *mode) { return File(std::fopen(path.c_str(), mode)); }
+
+int file_size(const std::string &path, long long &size) {
+  struct stat st {};
+  if (::stat(path.c_str(), &st) != 0) return -1;
+  size = static_cast<long long>(st.st_size);
+  return 0;
+}
 
 Pipe &Pipe::operator=(Pipe &&other) noexcept {
   if (this != &other) {

@@ -30,6 +30,9 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 // fopen of a path as given (callers root fixed paths with rooted()).
 File open_file(const std::string &path, const char *mode);
 
+// The size of the file at `path` (as given) into `size`: 0, or -1 with errno set.
+int file_size(const std::string &path, long long &size);
+
 // A popen stream that is closed with pclose when it goes out of scope.
 class Pipe {
  public:

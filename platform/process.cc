@@ -1,6 +1,7 @@
 #include "platform/process.h"
 
 #include <sched.h>
+#include <signal.h>
 #include <sys/sysinfo.h>
 #include <unistd.h>
 
@@ -13,6 +14,8 @@ int set_round_robin(int pid, int priority) {
 }
 
 int current_thread_id() { return static_cast<int>(gettid()); }
+
+int signal_process(int pid, int signal) { return kill(pid, signal); }
 
 int system_uptime(long &seconds) {
   struct sysinfo info {};

@@ -11,6 +11,7 @@
 #include "syscommon/platform.h"
 #include "syscommon/shm.h"
 #include "syscommon/util.h"
+#include "syscommon/vpn.h"
 
 static int failures = 0;
 

@@ -43,6 +43,8 @@ TEST_F(ToolTest, BadArgumentsGetOneLineAndStatusTwoAndChangeNothing) {
       {"shm", "set", "timezone", "0x10"},  // decimal only, whole token
       {"shm", "set", "timezone", " 1"},
       {"shm", "set", "timezone", "63"},
+      {"shm", "set", "timezone", "1\n2"},  // quoted back on one line
+      {"shm\nx"},
       {"shm", "mcast-add", "1", "01:00:5e:00:00: 1"},
       {"shm", "mcast-add", "1", "0x1:00:5e:00:00:01"},
       {"shm", "mcast-add", "1", "01:00:5e:00:00:001"},
@@ -61,6 +63,12 @@ TEST_F(ToolTest, BadArgumentsGetOneLineAndStatusTwoAndChangeNothing) {
       {"net", "listen", "../x"},
       {"net", "listen", "/etc/x"},
       {"net", "listen", "socket/../../x"},
+      {"ipsec", "proposal", "ike", "5", "7"},  // beyond the hash table
+      {"ipsec", "proposal", "ike", "5", "2", "--dh", "7"},
+      {"ipsec", "proposal", "ah", "5", "2"},
+      {"vpn", "client-config", "/tmp/x", "--server", "a", "--dev", "tap0"},
+      {"vpn", "client-config", "/tmp/x"},
+      {"cert", "check", "a", "b"},
   };
   for (const auto &args : bad) {
     const ProgramRun r = tool(args);
@@ -112,6 +120,17 @@ TEST_F(ToolTest, EachGroupShowsWhatItDidDecoded) {
 
   EXPECT_EQ(ok({"event", "render", "1", "0"}), "Warm Start\n");
   EXPECT_NE(ok({"event", "tables"}).find("0  100001   \"Cold Start\""), std::string::npos);
+
+  EXPECT_EQ(ok({"ipsec", "proposal", "ike", "7", "2", "--keylen", "128", "--dh", "14"}), "AES_128-SHA1-MODP2048\n");
+  syscommon::testing::write_file(sim_path("/var/run/ovpnserver1.pid"), "4242\n");
+  syscommon::testing::write_file(sim_path("/var/run/ovpnclient2.state"), "1\n");
+  const std::string vpn = ok({"vpn", "status"});
+  EXPECT_NE(vpn.find("server 1   pid 4242 "), std::string::npos) << vpn;
+  EXPECT_NE(vpn.find("client 2   not running            Connected, no log"), std::string::npos) << vpn;
+  const std::string conf = sim_path("/tmp/c.ovpn");
+  EXPECT_NE(ok({"vpn", "client-config", conf, "--server", "192.0.2.1", "--proto", "tcp"}).find("port 1194"),
+            std::string::npos);
+  EXPECT_NE(read_file(conf).find("proto tcp\nremote 192.0.2.1 1194\n"), std::string::npos);
 
   // A datagram sent with the tool arrives at the tool's listener, decoded.
   ProgramRun listened;

@@ -1,16 +1,22 @@
 #!/bin/bash
 # Lays out a simulated device root: the directories the library names by fixed path, the
-# board's kernel entries, the flash partitions and the stand-in programs of tools/sim/.
+# board's kernel entries and flash partitions, and the stand-ins for the device's other
+# programs (tools/sim/).
 # Usage: mksimroot.sh DIR
 set -eu
 root="$1"
-here=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$root"
 for d in bin dev etc tmp proc/tarn proc/tarnarm11 mnt/ramdisk/socket mnt/log1 mnt/log2 mnt/cfg2 \
-         usr/quagga/bin lumenP/cli sbin var/run var/db var/sim sys/devices/platform/octeon-gpio; do
+         usr/quagga/bin lumenP/cli sbin var/run etc/openvpn/rsa mnt/log1/openvpn/server_keys \
+         mnt/log1/openvpn/client_keys mnt/ramdisk/openvpn var/db var/sim sys/devices/platform/octeon-gpio; do
   mkdir -p "$root/$d"
 done
 : >"$root/proc/tarn/ifsInfo"
+sim="$(cd "$(dirname "$0")" && pwd)/sim"
+: >"$root/proc/tarnarm11/openvpn_tap"
+install -m 755 "$sim/build-dh" "$root/etc/openvpn/rsa/build-dh"
+install -m 644 "$sim/vars_kvr810" "$root/etc/openvpn/rsa/vars_kvr810"
+install -m 755 "$sim/ethsw_diag" "$sim/rl2ctrl" "$root/bin/"
 
 # Identity EEPROM (1 KiB, erased cells read 0xFF): serial number 1234567 at 32 (little-endian),
 # burn-in minutes 2880 at 64, end-of-test flag 1 at 80, serial text at 624.
@@ -35,5 +41,3 @@ echo 500 >"$root/proc/tarnarm11/cpu_freq"
 truncate -s 1M "$root/dev/mtd0"
 truncate -s 4M "$root/dev/mtd1"
 truncate -s 8M "$root/dev/mtd2"
-
-install -m 0755 "$here"/sim/* "$root/bin/"

@@ -33,6 +33,21 @@ void print_group_help(const Group &g) {
   }
 }
 
+// A message quoting what was typed stays on one line: control characters are shown escaped.
+std::string one_line(const std::string &text) {
+  std::string out;
+  for (const char c : text) {
+    if (static_cast<unsigned char>(c) >= 0x20 && c != 0x7f) {
+      out.push_back(c);
+      continue;
+    }
+    char escaped[8];
+    std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned char>(c));
+    out += escaped;
+  }
+  return out;
+}
+
 void print_command_help(const Group &g, const Command &c) {
   std::cout << "usage: syscommon " << g.name << " " << c.name << (c.usage.empty() ? "" : " " + c.usage) << "\n\n"
             << c.summary << "\n";
@@ -104,7 +119,7 @@ int run(int argc, char **argv) {
   for (const auto &g : registry())
     if (g.name == words[0]) group = &g;
   if (group == nullptr) {
-    std::cerr << "syscommon: unknown group '" << words[0] << "' (try 'syscommon --help')\n";
+    std::cerr << "syscommon: unknown group '" << one_line(words[0]) << "' (try 'syscommon --help')\n";
     return 2;
   }
   if (words.size() < 2 || is_help(words[1])) {
@@ -122,12 +137,12 @@ int run(int argc, char **argv) {
       print_command_help(*group, c);
       return 0;
     } catch (const UsageError &e) {
-      std::cerr << "syscommon " << group->name << " " << c.name << ": " << e.message << " (usage: syscommon "
+      std::cerr << "syscommon " << group->name << " " << c.name << ": " << one_line(e.message) << " (usage: syscommon "
                 << group->name << " " << c.name << (c.usage.empty() ? "" : " " + c.usage) << ")\n";
       return 2;
     }
   }
-  std::cerr << "syscommon " << group->name << ": unknown command '" << words[1] << "' (try 'syscommon "
+  std::cerr << "syscommon " << group->name << ": unknown command '" << one_line(words[1]) << "' (try 'syscommon "
             << group->name << " --help')\n";
   return 2;
 }
