@@ -145,7 +145,8 @@ SYSCOMMON_API char *get_port_media_type(int port, char *out);
 /* 0 when the first 7 bytes of an SFP vendor field are "Tarnnet", else -1. */
 SYSCOMMON_API int Ssys_MGBIC_checkVenderData(const void *buf);
 SYSCOMMON_API int Ssys_getSfpVendorDataSize(void);
-/* 1 when byte 96 of SFP port sfp's diagnostic record is not 255, else 0. */
+/* 1 when byte 96 of SFP port sfp's diagnostic record is not 255, else 0. Unchecked as the
+ * store's accessor: sfp must be 0 or 1. */
 SYSCOMMON_API int Sddm_isSupportddm(int sfp);
 /* Cuts text (a buffer of `size` bytes) down in place to its first line, then to the part
  * from the first of start_chars (if given), then to the part before the first delimiter
