@@ -3,7 +3,7 @@ BUILD ?= build
 ASAN_BUILD ?= build-asan
 JOBS ?= $(shell nproc)
 DEB_PACKAGES := cmake make g++ gcc pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
-                util-linux iproute2 procps psmisc openssl
+                util-linux iproute2 procps psmisc openssl busybox
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
 .PHONY: all deps configure build test demo bench sanitize tidy install clean

@@ -11,6 +11,7 @@
 #include <map>
 #include <string>
 
+#include "bench/ratio.h"
 #include "syscommon/shm.h"
 
 namespace {
@@ -80,17 +81,6 @@ BENCHMARK(BM_AccessorWord)->Repetitions(5)->ReportAggregatesOnly(true);
 BENCHMARK(BM_FloorSysData)->Repetitions(5)->ReportAggregatesOnly(true);
 BENCHMARK(BM_AccessorSysData)->Repetitions(5)->ReportAggregatesOnly(true);
 
-// Console output as usual, plus the median of each run kept for the ratios.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run> &runs) override {
-    for (const auto &r : runs)
-      if (r.aggregate_name == "median") medians[r.run_name.function_name] = r.GetAdjustedRealTime();
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::map<std::string, double> medians;
-};
-
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -101,7 +91,7 @@ int main(int argc, char **argv) {
     return 1;
   }
   benchmark::Initialize(&argc, argv);
-  RatioReporter reporter;
+  syscommon::bench::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   auto ratio = [&](const char *what, const char *acc, const char *floor) {
     if (reporter.medians.count(acc) == 0 || reporter.medians.count(floor) == 0) return;

@@ -5,6 +5,7 @@
 
 #include "syscommon/hw.h"
 #include "syscommon/log.h"
+#include "syscommon/maint.h"
 #include "syscommon/net.h"
 #include "syscommon/netstat.h"
 #include "syscommon/platform.h"
@@ -29,6 +30,7 @@ int main(void) {
   CHECK(Ssys_current_secs() != 0);
   CHECK(sizeof(InterfaceMessage) == 4108);
   CHECK(sizeof(ShmEepromInfo) == 700);
+  CHECK(sizeof(FwHeader) == 32 && GPIO_PWR_FLAG[0] == 32 && Ssys_getSfpVendorDataSize() == 7);
   CHECK(Slog_getEventDescTableSize() == 35);
   CHECK(sizeof(SlogTextEntry) == 288 && sizeof(SlogSecurityNotification) == 72);
   {

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Lays out a simulated device root: the directories the library names by fixed path and
-# the stand-ins for the device's own programs (tools/sim/; the built ones when the build
-# folder is given).
+# Lays out a simulated device root: the directories the library names by fixed path, the
+# board's kernel entries and flash partitions, and the stand-ins for the device's own
+# programs (tools/sim/; the built ones when the build folder is given).
 # Usage: mksimroot.sh DIR [BUILD_DIR]
 set -eu
 root="$1"
@@ -10,7 +10,8 @@ here=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$root"
 for d in bin dev etc tmp proc/tarn proc/tarnarm11 mnt/ramdisk/socket mnt/ramdisk/vrrp mnt/log1 mnt/log2 \
          mnt/cfg2 usr/quagga/bin lumenP/cli sbin var/run etc/openvpn/rsa mnt/log1/openvpn/server_keys \
-         mnt/log1/openvpn/client_keys mnt/ramdisk/openvpn sim/vtysh sim/ifconfig; do
+         mnt/log1/openvpn/client_keys mnt/ramdisk/openvpn sim/vtysh sim/ifconfig var/db var/sim \
+         sys/devices/platform/octeon-gpio; do
   mkdir -p "$root/$d"
 done
 : >"$root/proc/tarn/ifsInfo"
@@ -32,3 +33,28 @@ cp "$here/sim/data/ppp0" "$root/sim/ifconfig/ppp0"
 # The LLDP daemon's neighbour file and a VRRP daemon's state file (router 1 on eth0.1: 2).
 cp "$here/sim/data/lldpinfo2" "$root/mnt/ramdisk/lldpinfo2"
 echo 2 >"$root/mnt/ramdisk/vrrp/eth0.1_1"
+install -m 755 "$here/sim/ethsw_diag" "$here/sim/rl2ctrl" "$root/bin/"
+
+# Identity EEPROM (1 KiB, erased cells read 0xFF): serial number 1234567 at 32 (little-endian),
+# burn-in minutes 2880 at 64, end-of-test flag 1 at 80, serial text at 624.
+eeprom="$root/proc/tarn/eeprom"
+head -c 1024 /dev/zero | tr '\0' '\377' >"$eeprom"
+put() { printf "$2" | dd of="$eeprom" bs=1 seek="$1" conv=notrunc status=none; }
+put 32 '\x87\xd6\x12\x00'
+put 64 '\x40\x0b\x00\x00'
+put 80 '\x01'
+put 624 'KV9A2611042'
+
+# GPIO inputs (none active), hardware version 2 (the file does not start with '0'), CPU clock.
+echo 0 >"$root/proc/tarn/gpio_get"
+: >"$root/proc/tarn/gpio_set"
+: >"$root/proc/tarn/gpio_clr"
+: >"$root/proc/tarn/wd_reboot"
+echo 1 >"$root/proc/tarn/hw_version"
+echo 500 >"$root/proc/tarnarm11/cpu_freq"
+
+# Flash partitions as sparse files: boot loader (1 MiB, of which 0xA0000 is the loader),
+# kernel (4 MiB), root filesystem (8 MiB).
+truncate -s 1M "$root/dev/mtd0"
+truncate -s 4M "$root/dev/mtd1"
+truncate -s 8M "$root/dev/mtd2"

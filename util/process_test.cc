@@ -2,7 +2,6 @@
 // PID namespace (a kill by name reaches nothing else there) and files of the simulated
 // root. Every test here requires the isolation.
 #include <sched.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,26 +17,17 @@
 #include "support/test_support.h"
 #include "syscommon/util.h"
 
-extern char **environ;
-
 namespace {
 
 using namespace syscommon::testing;
 using Lines = std::vector<std::string>;
-
-// The device's ps listing: PID right-aligned in the first five columns, then the command.
-constexpr const char *kPsStub = R"(echo "  PID USER       VSZ STAT COMMAND"
-for d in /proc/[0-9]*; do
-  cmd=$(tr '\0' ' ' < "$d/cmdline" 2>/dev/null)
-  printf '%5d root       1000 S    %s\n' "${d#/proc/}" "${cmd:-[$(cat "$d/comm" 2>/dev/null)]}"
-done)";
 
 class ProcessControl : public ::testing::Test {
  protected:
   void SetUp() override {
     SYSCOMMON_REQUIRE_ISOLATION();
     ASSERT_FALSE(sim_root().empty());
-    write_stub("ps", kPsStub);
+    install_device_ps();
     clear_trace();
   }
   void TearDown() override {
@@ -47,12 +37,9 @@ class ProcessControl : public ::testing::Test {
     }
   }
   // Starts a copy of sleep installed as $ROOT/bin/NAME, with argv[0] NAME.
-  pid_t start(std::string name) {
-    std::string path = sim_path("/bin/" + name), seconds = "300";
-    std::filesystem::copy_file("/bin/sleep", path, std::filesystem::copy_options::skip_existing);
-    char *argv[] = {name.data(), seconds.data(), nullptr};
-    pid_t pid = -1;
-    EXPECT_EQ(posix_spawn(&pid, path.c_str(), nullptr, nullptr, argv, environ), 0);
+  pid_t start(const std::string &name) {
+    pid_t pid = start_named_sleep(name);
+    EXPECT_GT(pid, 0) << name;
     children_.insert(pid);
     return pid;
   }

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/ipc.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
@@ -11,9 +12,12 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+
+extern char **environ;
 
 namespace syscommon::testing {
 
@@ -122,6 +126,31 @@ void write_stub(const std::string &name, const std::string &script) {
   std::string path = sim_path("/bin/" + name);
   write_file(path, "#!/bin/sh\n" + script + "\n");
   chmod(path.c_str(), 0755);
+}
+
+pid_t start_named_sleep(const std::string &name) {
+  std::string path = sim_path("/bin/" + name), argv0 = name, seconds = "300";
+  std::filesystem::copy_file("/bin/sleep", path, std::filesystem::copy_options::skip_existing);
+  char *argv[] = {argv0.data(), seconds.data(), nullptr};
+  pid_t pid = -1;
+  return posix_spawn(&pid, path.c_str(), nullptr, nullptr, argv, environ) == 0 ? pid : -1;
+}
+
+void install_device_ps() {
+  write_stub("ps", R"(echo "  PID USER       VSZ STAT COMMAND"
+for d in /proc/[0-9]*; do
+  cmd=$(tr '\0' ' ' < "$d/cmdline" 2>/dev/null)
+  printf '%5d root       1000 S    %s\n' "${d#/proc/}" "${cmd:-[$(cat "$d/comm" 2>/dev/null)]}"
+done)");
+}
+
+void reset_flash() {
+  const off_t sizes[] = {1 << 20, 4 << 20, 8 << 20};
+  for (int n = 0; n < 3; ++n) {
+    std::string path = sim_path("/dev/mtd" + std::to_string(n));
+    write_file(path, "");
+    truncate(path.c_str(), sizes[n]);
+  }
 }
 
 RawSegment::RawSegment(int shm_key) {

@@ -27,6 +27,15 @@ void clear_trace();
 
 std::string read_file(const std::string &path);
 void write_file(const std::string &path, const std::string &content);
+// Starts a copy of sleep installed as $SYSCOMMON_ROOT/bin/NAME, with argv[0] NAME, for 300
+// seconds: a process to be found by name. -1 when it cannot be started.
+pid_t start_named_sleep(const std::string &name);
+// Installs a "ps" that lists every process of the namespace as the device's ps does: PID
+// right-aligned in the first five columns, then the command line.
+void install_device_ps();
+// Recreates the simulated flash partitions "/dev/mtd0..2" as tools/mksimroot.sh lays them
+// out (1 MiB, 4 MiB, 8 MiB, all bytes 0).
+void reset_flash();
 // Waits for child `pid` up to `limit`: its exit status, 128 when a signal ended it, or -1
 // when it did not finish in time (it is then killed and reaped).
 int wait_for(pid_t pid, std::chrono::milliseconds limit);
