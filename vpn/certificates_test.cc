@@ -3,6 +3,7 @@
 // simulated root.
 #include <unistd.h>
 
+#include <filesystem>
 #include <string>
 
 #include "support/test_support.h"
@@ -99,7 +100,7 @@ TEST_F(CertificatesTest, SubjectAndKeyLengthFromTheCertificate) {
   EXPECT_EQ(get_key_length(1, at("client.key").c_str()), 0);
   EXPECT_EQ(get_key_length(3, at("client.crt").c_str()), 0);
   // Kind 2 reads the bundle upload's temporary file in the working directory.
-  const std::string here = get_current_dir_name();
+  const std::string here = std::filesystem::current_path().string();
   ASSERT_EQ(chdir(dir().c_str()), 0);
   write_file("p12_tmpfile.pem", read_file(at("other.crt")));
   EXPECT_EQ(get_key_length(2, "ignored"), 1024);
