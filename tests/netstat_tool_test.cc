@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "support/test_support.h"
+#include "support/tool_run.h"
 
 namespace {
 
@@ -16,14 +16,8 @@ using syscommon::testing::ProgramRun;
 using syscommon::testing::sim_path;
 using syscommon::testing::write_file;
 
-ProgramRun tool(const std::vector<std::string> &args) { return syscommon::testing::run_program(SYSCOMMON_TOOL, args); }
-
-// Standard output of a run that must succeed.
-std::string ok(const std::vector<std::string> &args) {
-  const ProgramRun r = tool(args);
-  EXPECT_EQ(r.status, 0) << ::testing::PrintToString(args) << r.err;
-  return r.out;
-}
+using syscommon::testing::tool;
+std::string ok(const std::vector<std::string> &args) { return syscommon::testing::tool_ok(args); }
 
 bool has(const std::string &out, const std::string &line) { return out.find(line) != std::string::npos; }
 

@@ -3,13 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "support/test_support.h"
+#include "support/tool_run.h"
 
 namespace {
 
 using namespace syscommon::testing;
-
-ProgramRun tool(const std::vector<std::string> &args) { return run_program(SYSCOMMON_TOOL, args); }
 
 class FwHwTool : public ::testing::Test {
  protected:

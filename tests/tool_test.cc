@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/test_support.h"
+#include "support/tool_run.h"
 
 namespace {
 
@@ -17,14 +17,8 @@ using syscommon::testing::ProgramRun;
 using syscommon::testing::read_file;
 using syscommon::testing::sim_path;
 
-ProgramRun tool(const std::vector<std::string> &args) { return syscommon::testing::run_program(SYSCOMMON_TOOL, args); }
-
-// The output of a run that must succeed.
-std::string ok(const std::vector<std::string> &args) {
-  const ProgramRun r = tool(args);
-  EXPECT_EQ(r.status, 0) << args.at(0) << " " << (args.size() > 1 ? args[1] : "") << ": " << r.err;
-  return r.out;
-}
+using syscommon::testing::tool;
+std::string ok(const std::vector<std::string> &args) { return syscommon::testing::tool_ok(args); }
 
 class ToolTest : public ::testing::Test {
  protected:
