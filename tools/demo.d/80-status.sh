@@ -1,8 +1,8 @@
 # step: network status through the stand-ins: real interfaces, the routing shell's routes and OSPF tables, a PIM-SM daemon, LLDP neighbours and a configuration diff
 run() { echo "\$ syscommon $*"; "$SC" "$@"; }
 # Real interfaces in the demo's own network namespace for the WAN (VLAN 2) and two VLANs.
-for spec in "eth0.2 10.0.0.2/24" "eth0.1 192.168.1.254/24" "eth0.10 192.168.10.1/24"; do
-  set -- $spec
+for iface in "eth0.2 10.0.0.2/24" "eth0.1 192.168.1.254/24" "eth0.10 192.168.10.1/24"; do
+  set -- $iface
   ip link add "$1" type veth peer name "p-$1"
   ip addr add "$2" broadcast + dev "$1"
   ip link set "$1" up
