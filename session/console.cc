@@ -54,7 +54,7 @@ SYSCOMMON_API int Ssgl2_conmultisession_session_set(int32_t session_type, const 
   for (; index < CON_SESSION_ENTRIES; ++index) {
     const ConSession &e = list.entry[index];
     if (e.in_use == 0) break;
-    if (e.session_id == session_id) return SESSION_ALREADY_OPEN;
+    if (e.in_use == 1 && e.session_id == session_id) return SESSION_ALREADY_OPEN;
   }
   if (index == CON_SESSION_ENTRIES || static_cast<uint32_t>(index) >= shm_sysGet_Con_multiSession_maxUser())
     return SESSION_FULL;

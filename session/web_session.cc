@@ -80,7 +80,7 @@ SYSCOMMON_API int Ssgl2_webmultisession_session_set(uint32_t session_id, uint32_
       std::printf("\r\n%s_%d:session is full.\n", __func__, 476);
       return SESSION_FULL;
     }
-    if (e.session_id == session_id) return SESSION_ALREADY_OPEN;
+    if (e.in_use == 1 && e.session_id == session_id) return SESSION_ALREADY_OPEN;
   }
   if (index < WEB_SESSION_MAX) {
     std::printf("\r\n%s_%d:sessionIndex[%d],sessionID[0x%x],Time[%d]\n", __func__, 480, index, session_id,
