@@ -7,6 +7,7 @@
 #include "syscommon/log.h"
 #include "syscommon/net.h"
 #include "syscommon/platform.h"
+#include "syscommon/session.h"
 #include "syscommon/shm.h"
 #include "syscommon/util.h"
 #include "syscommon/vpn.h"
@@ -27,6 +28,7 @@ int main(void) {
   CHECK(Ssys_UI_port2MdlPort(3, &module, &port) == 1 && module == 0 && port == 3);
   CHECK(Ssys_current_secs() != 0);
   CHECK(sizeof(InterfaceMessage) == 4108);
+  CHECK(sizeof(LoginRecordSet) == 2200);
   CHECK(sizeof(ShmEepromInfo) == 700);
   CHECK(Slog_getEventDescTableSize() == 35);
   CHECK(timezone_str[21] != NULL);
@@ -48,6 +50,7 @@ int main(void) {
     CHECK(shm_mcast_set(&e) == 0);
     CHECK(shm_mcast_get(&e) == 0);
   }
+  CHECK(Ssgl2_webmultisession_session_set(7, 1, 0, 0) == SESSION_FULL); /* maximum 0 */
   {
     time_t t = 1000;
     tarn_localtime(&t);
