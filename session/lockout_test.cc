@@ -2,6 +2,7 @@
 #include <cstring>
 #include <tuple>
 
+#include "session/test_accounts.h"
 #include "session/test_clock.h"
 #include "support/test_support.h"
 #include "syscommon/session.h"
@@ -16,9 +17,7 @@ class LockoutTest : public ::testing::Test {
   void SetUp() override {
     SYSCOMMON_REQUIRE_ISOLATION();
     shm_init();
-    UserAccountList accounts{};
-    std::strcpy(accounts.account[0].name, "admin");
-    std::strcpy(accounts.account[1].name, "bob");
+    UserAccountList accounts = syscommon::testing::accounts_named({{0, "admin"}, {1, "bob"}});
     std::strcpy(accounts.account[1].password, "Abcdefg1");
     shm_sysSetUseraccount(&accounts);
     configure(1, 3, 5);

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "session/test_accounts.h"
 #include "support/test_support.h"
 #include "syscommon/session.h"
 #include "syscommon/util.h"
@@ -41,10 +42,8 @@ class LoginRecordTest : public ::testing::Test {
   void SetUp() override {
     SYSCOMMON_REQUIRE_ISOLATION();
     shm_init();
-    UserAccountList accounts{};
-    std::strcpy(accounts.account[0].name, "admin");
-    std::strcpy(accounts.account[1].name, "bob");
-    std::strcpy(accounts.account[3].name, "carol");  // behind an empty record
+    // carol stands behind an empty record
+    const UserAccountList accounts = syscommon::testing::accounts_named({{0, "admin"}, {1, "bob"}, {3, "carol"}});
     shm_sysSetUseraccount(&accounts);
     daemon_ = fork();
     if (daemon_ == 0) {

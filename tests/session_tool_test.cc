@@ -4,7 +4,6 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -46,13 +45,7 @@ TEST_F(SessionToolTest, BadArgumentsGetOneLineAndStatusTwo) {
       {"loginrecord", "record", "bob", "ok", ""},
       {"loginrecord", "serve", "--seconds", "0"},
   };
-  for (const auto &args : bad) {
-    const ProgramRun r = tool(args);
-    const std::string shown = ::testing::PrintToString(args);
-    EXPECT_EQ(r.status, 2) << shown << r.out << r.err;
-    EXPECT_TRUE(r.out.empty()) << shown << r.out;
-    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << shown << r.err;
-  }
+  syscommon::testing::expect_usage_errors(SYSCOMMON_TOOL, bad);
 }
 
 TEST_F(SessionToolTest, SessionsLockoutAndPasswordRating) {
