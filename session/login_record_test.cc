@@ -7,8 +7,10 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
+#include "net/test_peer.h"
 #include "session/test_accounts.h"
 #include "support/test_support.h"
 #include "syscommon/session.h"
@@ -141,6 +143,45 @@ TEST_F(LoginRecordTest, ADaemonThatDoesNotAnswerGivesAnEmptySetWithinTheBudget) 
   const auto waited = std::chrono::steady_clock::now() - start;
   EXPECT_GE(waited, std::chrono::seconds(59));
   EXPECT_LT(waited, std::chrono::seconds(70));
+}
+
+// The exchange as it travels, against bare sockets in place of the daemon: types shifted by
+// 104, command 137, ten 220-byte records in one datagram, and replies kept within the set.
+TEST(LoginRecordWireTest, RequestsAndRepliesAsTheDaemonSeesThem) {
+  SYSCOMMON_REQUIRE_ISOLATION();
+  using namespace syscommon::net::testing;
+  const Peer daemon(ram("socket/lumen168-socket")), wexe(ram("socket/lumen168-wexe-socket")), replier;
+  const std::string reply_to = ram("socket/socket-loginRecord");
+  LoginRecordSet set{};
+  std::memset(&set, 0x5a, sizeof set);
+
+  for (const auto &[size, confirm, rc] : {std::tuple{220, 0, 1}, std::tuple{221, 1, -1}, std::tuple{0, 1, -1}}) {
+    int result = 0;
+    std::thread exchange([&] { result = Ssgl2_set_login_record(&set); });
+    const Datagram ask = daemon.next();
+    EXPECT_EQ(ask.head(), head(ask.seq(), 109, 137, 0, 0, 0, 0));
+    replier.send(reply_to, datagram(ask.seq(), 1, 137, 1, 0, 4, word(size)));
+    if (rc != -1) {
+      const Datagram data = wexe.next();
+      EXPECT_EQ(data.head(), head(data.seq(), 111, 137, 10, 0, 0, 220));
+      EXPECT_TRUE(data.carries({reinterpret_cast<const uint8_t *>(&set), sizeof set}));
+      replier.send(reply_to, datagram(data.seq(), 1, 137, 1, 0, 4, word(confirm)));
+    }
+    exchange.join();
+    EXPECT_EQ(result, rc) << "record size " << size;
+    EXPECT_FALSE(wexe.receive(100).has_value()) << "record size " << size;
+  }
+
+  // A reply of 18 records is counted, but only the set's 2200 bytes are stored.
+  LoginRecordSet got{};
+  int received = 0;
+  std::thread fetch([&] { received = Ssgl2_get_login_record(&got); });
+  const Datagram ask = daemon.next();
+  EXPECT_EQ(ask.head(), head(ask.seq(), 104, 137, 0, 0, 0, 0));
+  replier.send(reply_to, datagram(ask.seq(), 1, 137, 18, 0, 220, records(18, 220)));
+  fetch.join();
+  EXPECT_EQ(received, 18);
+  EXPECT_EQ(reinterpret_cast<const uint8_t *>(&got)[sizeof got - 1], 10);
 }
 
 }  // namespace
