@@ -245,8 +245,8 @@ SYSCOMMON_API int Ssf12_close_socket(InterfaceSocket *send, InterfaceSocket *rec
 SYSCOMMON_API int Ssgl2_get_login_record(LoginRecordSet *set_out);
 /* Asks the daemon for its record size (type 5) and sends the set in records of that size
  * (type 7, answered by a confirmation word). Returns the size query's negative result, -1
- * when the size is 0 or larger than a record (nothing sent), else the confirmed send's
- * result. */
+ * when the size answered is not 1 to 220 (nothing sent), else the confirmed send's result
+ * (1 when the daemon answered 0). */
 SYSCOMMON_API int Ssgl2_set_login_record(const LoginRecordSet *set);
 /* Records a login of the named account: success 1 clears the failure count and sets the
  * last login; any other value counts a failure into the ring of the three latest. Texts are
