@@ -10,15 +10,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <map>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "bench/ratio_reporter.h"
 #include "syscommon/net.h"
 
 namespace {
@@ -106,21 +105,9 @@ void BM_LibraryRoundTrip(benchmark::State &state) {
   close(recv.fd);
 }
 
-double fastest(const std::vector<double> &v) { return v.empty() ? 0 : *std::min_element(v.begin(), v.end()); }
-
+using syscommon::bench::fastest;
 BENCHMARK(BM_FloorRoundTrip)->UseRealTime()->Repetitions(9)->ComputeStatistics("min", fastest)->ReportAggregatesOnly(true);
 BENCHMARK(BM_LibraryRoundTrip)->UseRealTime()->Repetitions(9)->ComputeStatistics("min", fastest)->ReportAggregatesOnly(true);
-
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run> &runs) override {
-    for (const auto &r : runs)
-      if (r.aggregate_name == "median" || r.aggregate_name == "min")
-        times[r.aggregate_name][r.run_name.function_name] = r.GetAdjustedRealTime();
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::map<std::string, std::map<std::string, double>> times;  // statistic -> benchmark -> ns
-};
 
 }  // namespace
 
@@ -149,15 +136,9 @@ int main(int argc, char **argv) {
   wait_for(socket_path("bench-raw-server"));
   wait_for(socket_path("bench-lib-server"));
 
-  RatioReporter reporter;
+  syscommon::bench::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
-  for (const char *statistic : {"median", "min"}) {
-    auto &t = reporter.times[statistic];
-    if (t.count("BM_LibraryRoundTrip") == 0 || t.count("BM_FloorRoundTrip") == 0) continue;
-    const double lib = t["BM_LibraryRoundTrip"], floor = t["BM_FloorRoundTrip"];
-    std::printf("round trip 2 x 4108 B, %-6s  library %8.0f ns  floor %8.0f ns  ratio %.3f (target <= 1.3)\n",
-                statistic, lib, floor, lib / floor);
-  }
+  reporter.print_ratio("round trip 2 x 4108 B", "BM_LibraryRoundTrip", "BM_FloorRoundTrip", 1.3);
   benchmark::Shutdown();
 
   kill(g_server, SIGTERM);

@@ -35,6 +35,13 @@ void release_request_flag();
 // `buffer` (the public call passes no limit; the library's own scratch buffers do).
 int receive_transfer(InterfaceSocket *endpoint, void *buffer, std::size_t capacity, net_timeout_fn on_timeout);
 
+// net_Web_CTL_Send_And_Recv_Data and net_Web_CTL_Send_And_Recv_Info with the reply stored
+// into at most `capacity` bytes of `buffer`, for the library's own fixed-size buffers.
+int ctl_send_and_recv_data(InterfaceSocket *send, InterfaceSocket *recv, uint8_t command, void *buffer,
+                           std::size_t capacity);
+int ctl_send_and_recv_info(uint8_t type, InterfaceSocket *send, InterfaceSocket *recv, uint8_t command,
+                           void *buffer, std::size_t capacity);
+
 // Sends `count` records through `message` (header already filled by the caller), at most
 // `per_datagram` a datagram (below 1 counts as 1): sets count and more and writes the whole
 // data area (the chunk's records, at most 4096 bytes, then zeros). With `early_ends` it also

@@ -27,9 +27,10 @@ void stamp_request(InterfaceMessage &m, InterfaceSocket *recv, uint8_t type, uin
   m.command = command;
 }
 
-// A control request of one datagram and its reply; the receive's result as it is.
+// A control request of one datagram and its reply, stored into at most `capacity` bytes of
+// `buffer`; the receive's result as it is.
 int control_request(uint8_t type, InterfaceSocket *send, InterfaceSocket *recv, uint8_t command, void *buffer,
-                    Match match) {
+                    Match match, std::size_t capacity = SIZE_MAX) {
   take_request_flag();
   const auto m = new_message();
   if (!m) {
@@ -40,7 +41,7 @@ int control_request(uint8_t type, InterfaceSocket *send, InterfaceSocket *recv, 
   if (match == Match::kBeforeSend) set_match(recv, true);
   net_SendToInterface(send, m.get());
   if (match == Match::kAfterSend) set_match(recv, true);
-  const int received = net_RecvFromInterface1(recv, buffer, nullptr);
+  const int received = receive_transfer(recv, buffer, capacity, nullptr);
   if (match != Match::kNever) set_match(recv, false);
   release_request_flag();
   return received;
@@ -48,10 +49,25 @@ int control_request(uint8_t type, InterfaceSocket *send, InterfaceSocket *recv, 
 
 }  // namespace
 
+namespace syscommon::net {
+
+int ctl_send_and_recv_data(InterfaceSocket *send, InterfaceSocket *recv, uint8_t command, void *buffer,
+                           std::size_t capacity) {
+  const int received =
+      control_request(NET_TYPE_CTL_REQUEST, send, recv, command, buffer, Match::kAfterSend, capacity);
+  return received < 0 ? 0 : received;
+}
+
+int ctl_send_and_recv_info(uint8_t type, InterfaceSocket *send, InterfaceSocket *recv, uint8_t command,
+                           void *buffer, std::size_t capacity) {
+  return control_request(type, send, recv, command, buffer, Match::kNever, capacity);
+}
+
+}  // namespace syscommon::net
+
 int net_Web_CTL_Send_And_Recv_Data(InterfaceSocket *send, InterfaceSocket *recv, uint8_t command, void *buffer,
                                    int /*ignored*/) {
-  const int received = control_request(NET_TYPE_CTL_REQUEST, send, recv, command, buffer, Match::kAfterSend);
-  return received < 0 ? 0 : received;
+  return ctl_send_and_recv_data(send, recv, command, buffer, SIZE_MAX);
 }
 
 int net_Web_CTL_Send_And_Recv_Datastruct_Info(uint8_t type, InterfaceSocket *send, InterfaceSocket *recv,
@@ -62,7 +78,7 @@ int net_Web_CTL_Send_And_Recv_Datastruct_Info(uint8_t type, InterfaceSocket *sen
 
 int net_Web_CTL_Send_And_Recv_Info(uint8_t type, InterfaceSocket *send, InterfaceSocket *recv, uint8_t command,
                                    void *buffer) {
-  return control_request(type, send, recv, command, buffer, Match::kNever);
+  return ctl_send_and_recv_info(type, send, recv, command, buffer, SIZE_MAX);
 }
 
 int net_Web_CTL_Send_And_Recv_Table_Info(InterfaceSocket *send, InterfaceSocket *recv, uint8_t command,

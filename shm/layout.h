@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "platform/segment.h"
+#include "syscommon/session.h"
 #include "syscommon/shm.h"
 
 namespace syscommon::shm {
@@ -108,20 +109,20 @@ struct BootSegment {
 };
 static_assert(sizeof(BootSegment) == 8);
 
-// Login and session data (7906). Record fields belong to the session code.
+// Login and session data (7906); the records are those of the session code.
 struct SessionSegment {
   uint32_t web_max_users;     // 0
   uint32_t con_max_users;     // 4
   uint32_t web_user_count;    // 8
   uint32_t con_user_count;    // 12
   uint32_t sys_timeout;       // 16
-  uint8_t pw_policy[SHM_PW_POLICY_CONFIG_SIZE];            // 20
-  uint8_t lockout_config[SHM_LOGIN_LOCKOUT_CONFIG_SIZE];   // 28
+  PasswordPolicyConfig pw_policy;                          // 20
+  LoginLockoutConfig lockout_config;                       // 28
   uint8_t eventlog_mgmt[SHM_EVENTLOG_MGMT_CONFIG_SIZE];    // 40
-  uint8_t web_sessions[SHM_WEB_SESSION_LIST_SIZE];         // 44
-  uint8_t con_sessions[SHM_CON_SESSION_LIST_SIZE];         // 284
-  uint8_t lockout_list[SHM_LOCKOUT_LIST_SIZE];             // 668
-  uint8_t csrf_tokens[SHM_CSRF_TOKEN_LIST_SIZE];           // 748
+  WebSessionList web_sessions;                             // 44
+  ConSessionList con_sessions;                             // 284
+  LoginLockoutList lockout_list;                           // 668
+  CsrfTokenList csrf_tokens;                               // 748
 };
 static_assert(sizeof(SessionSegment) == 908);
 static_assert(offsetof(SessionSegment, pw_policy) == 20 && offsetof(SessionSegment, lockout_config) == 28);

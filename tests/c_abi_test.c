@@ -9,6 +9,7 @@
 #include "syscommon/net.h"
 #include "syscommon/netstat.h"
 #include "syscommon/platform.h"
+#include "syscommon/session.h"
 #include "syscommon/shm.h"
 #include "syscommon/util.h"
 #include "syscommon/vpn.h"
@@ -29,6 +30,7 @@ int main(void) {
   CHECK(Ssys_UI_port2MdlPort(3, &module, &port) == 1 && module == 0 && port == 3);
   CHECK(Ssys_current_secs() != 0);
   CHECK(sizeof(InterfaceMessage) == 4108);
+  CHECK(sizeof(LoginRecordSet) == 2200);
   CHECK(sizeof(ShmEepromInfo) == 700);
   CHECK(sizeof(FwHeader) == 32 && GPIO_PWR_FLAG[0] == 32 && Ssys_getSfpVendorDataSize() == 7);
   CHECK(Slog_getEventDescTableSize() == 35);
@@ -58,6 +60,7 @@ int main(void) {
     CHECK(shm_mcast_set(&e) == 0);
     CHECK(shm_mcast_get(&e) == 0);
   }
+  CHECK(Ssgl2_webmultisession_session_set(7, 1, 0, 0) == SESSION_FULL); /* maximum 0 */
   {
     time_t t = 1000;
     tarn_localtime(&t);

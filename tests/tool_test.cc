@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <string>
 #include <thread>
 #include <vector>
@@ -64,13 +63,7 @@ TEST_F(ToolTest, BadArgumentsGetOneLineAndStatusTwoAndChangeNothing) {
       {"vpn", "client-config", "/tmp/x"},
       {"cert", "check", "a", "b"},
   };
-  for (const auto &args : bad) {
-    const ProgramRun r = tool(args);
-    const std::string shown = ::testing::PrintToString(args);
-    EXPECT_EQ(r.status, 2) << shown << r.out << r.err;
-    EXPECT_TRUE(r.out.empty()) << shown << r.out;
-    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << shown << r.err;
-  }
+  syscommon::testing::expect_usage_errors(SYSCOMMON_TOOL, bad);
   EXPECT_EQ(read_file(sim_path("/proc/tarn/ifsInfo")), "");
   EXPECT_NE(ok({"accounts", "list"}).find("0 of 10 accounts"), std::string::npos);
   EXPECT_NE(ok({"shm", "show"}).find("index                              0\n"), std::string::npos);

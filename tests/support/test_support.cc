@@ -45,6 +45,16 @@ int wait_for(pid_t pid, std::chrono::milliseconds limit) {
   return -1;
 }
 
+void expect_usage_errors(const std::string &path, const std::vector<std::vector<std::string>> &bad) {
+  for (const auto &args : bad) {
+    const ProgramRun r = run_program(path, args);
+    const std::string shown = ::testing::PrintToString(args);
+    EXPECT_EQ(r.status, 2) << shown << r.out << r.err;
+    EXPECT_TRUE(r.out.empty()) << shown << r.out;
+    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << shown << r.err;
+  }
+}
+
 ProgramRun run_program(const std::string &path, const std::vector<std::string> &args,
                        std::chrono::milliseconds limit) {
   ProgramRun run;

@@ -50,6 +50,10 @@ struct ProgramRun {
 ProgramRun run_program(const std::string &path, const std::vector<std::string> &args,
                        std::chrono::milliseconds limit = std::chrono::seconds(10));
 
+// Runs `path` with each argument list and expects what a bad argument gets: exit status 2,
+// nothing on standard output and one line on standard error.
+void expect_usage_errors(const std::string &path, const std::vector<std::vector<std::string>> &bad);
+
 // Installs an executable shell script as $SYSCOMMON_ROOT/bin/NAME (first on PATH).
 void write_stub(const std::string &name, const std::string &script);
 

@@ -144,6 +144,20 @@ int cmd_export(const Args &a) {
   return failed == 0 ? 0 : 1;
 }
 
+// Runs a launcher and, as the agent runs in the background, waits a little for its record.
+template <class Launch>
+int report_sent(int event, int reason, Launch launch) {
+  const std::string log = device_path("/mnt/log2/KVR900_LOG1");
+  const int before = access(log.c_str(), F_OK) == 0 ? get_tarn_log_lines(log.c_str()) : 0;
+  const int rc = launch();
+  bool stored = false;
+  for (int i = 0; i < 100 && !(stored = get_tarn_log_lines(log.c_str()) > before); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  std::printf("event %d reason %d sent to the log agent (shell status %d), %s\n", event, reason, rc,
+              stored ? "stored" : "not stored yet");
+  return rc == 0 ? 0 : 1;
+}
+
 int cmd_send(const Args &a) {
   expect_args(a, 2, 4);
   const int event = static_cast<int>(parse_number(a[0], "EVENT", 0, 0xFFFF));
@@ -156,16 +170,21 @@ int cmd_send(const Args &a) {
         throw UsageError{"TEXT may hold no quote (') and no control character"};
     text = a[3].c_str();
   }
-  // The agent runs in the background: wait a little for its record to arrive.
-  const std::string log = device_path("/mnt/log2/KVR900_LOG1");
-  const int before = access(log.c_str(), F_OK) == 0 ? get_tarn_log_lines(log.c_str()) : 0;
-  const int rc = call_SendSyslog_with_msg_to_log(event, reason, arg, text);
-  bool stored = false;
-  for (int i = 0; i < 100 && !(stored = get_tarn_log_lines(log.c_str()) > before); ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  std::printf("event %d reason %d sent to the log agent (shell status %d), %s\n", event, reason, rc,
-              stored ? "stored" : "not stored yet");
-  return rc == 0 ? 0 : 1;
+  return report_sent(event, reason, [&] { return call_SendSyslog_with_msg_to_log(event, reason, arg, text); });
+}
+
+// A login result reported as the management processes report it.
+int cmd_login(const Args &a) {
+  expect_args(a, 3, 4);
+  const int event = static_cast<int>(parse_number(a[0], "EVENT", 0, 0xFFFF));
+  const int result = static_cast<int>(parse_number(a[1], "RESULT", 0, 0xFF));
+  check_text(a[2], "USER", 31);
+  if (a[2].find_first_of(" \"'`$\\;&|<>()*?") != std::string::npos)
+    throw UsageError{"USER may hold no blank, quote or shell character"};
+  const int arg = a.size() > 3 ? static_cast<int>(parse_number(a[3], "ARG", 0, 0x7FFFFFFF)) : 6;
+  const int reason = result == 16 ? 36 : result == 17 || result == 0 ? 35 : result;
+  return report_sent(event, reason,
+                     [&] { return Lsyscommon_SendLoginResult_with_UserName(event, result, arg, a[2].c_str()); });
 }
 
 const Registration reg{{"log",
@@ -184,6 +203,10 @@ const Registration reg{{"log",
                              "report an event through the log agent (SendSyslog)\n"
                              "ARG defaults to 6; TEXT is passed in single quotes.",
                              cmd_send},
+                            {"login", "EVENT RESULT USER [ARG]",
+                             "report a login result of USER (Lsyscommon_SendLoginResult_with_UserName): RESULT\n"
+                             "16 gives reason 36 (User), 0 and 17 give 35 (Admin), any other is the reason.",
+                             cmd_login},
                         }}};
 
 }  // namespace
