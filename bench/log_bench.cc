@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/ratio_reporter.h"
 #include "log/test_logs.h"
 #include "syscommon/log.h"
 #include "syscommon/shm.h"
@@ -122,10 +123,9 @@ void BM_StageSort(benchmark::State &state) {
   }
 }
 
-double fastest(const std::vector<double> &v) { return v.empty() ? 0 : *std::min_element(v.begin(), v.end()); }
 
 #define LOG_BENCH(f) \
-  BENCHMARK(f)->Unit(benchmark::kMicrosecond)->Repetitions(7)->ComputeStatistics("min", fastest)->ReportAggregatesOnly(true)
+  BENCHMARK(f)->Unit(benchmark::kMicrosecond)->Repetitions(7)->ComputeStatistics("min", syscommon::bench::fastest)->ReportAggregatesOnly(true)
 LOG_BENCH(BM_Floor);
 LOG_BENCH(BM_Library);
 LOG_BENCH(BM_StageRead);
@@ -133,29 +133,11 @@ LOG_BENCH(BM_StageLineCount);
 LOG_BENCH(BM_StageConvert);
 LOG_BENCH(BM_StageSort);
 
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run> &runs) override {
-    for (const auto &r : runs)
-      if (r.aggregate_name == "min") {
-        wall[r.run_name.function_name] = r.GetAdjustedRealTime();
-        cpu[r.run_name.function_name] = r.GetAdjustedCPUTime();
-      }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  // benchmark -> fastest repetition, microseconds: waited for, and spent in this process
-  // (the line count's "wc -l" child is not part of the latter).
-  std::map<std::string, double> wall, cpu;
-};
 
 }  // namespace
 
 int main(int argc, char **argv) {
-  std::vector<char *> args(argv, argv + argc);
-  char interleave[] = "--benchmark_enable_random_interleaving=true";
-  args.insert(args.begin() + 1, interleave);
-  int count = static_cast<int>(args.size());
-  benchmark::Initialize(&count, args.data());
+  syscommon::bench::initialize_interleaved(argc, argv);
   const char *isolated = std::getenv("SYSCOMMON_ISOLATED");
   if (isolated == nullptr || std::string(isolated) != "1") {
     std::fprintf(stderr, "log_bench: run through tests/launch.sh (private IPC namespace)\n");
@@ -172,15 +154,18 @@ int main(int argc, char **argv) {
   syscommon::testing::write_lines(g_root + "/mnt/log2/firewall_log",
                                   syscommon::testing::log_lines("firewall", 0, kEntries));
 
-  RatioReporter reporter;
+  syscommon::bench::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
-  for (auto *t : {&reporter.wall, &reporter.cpu}) {
+  // Fastest repetitions, microseconds: waited for, and spent in this process (the line
+  // count's "wc -l" child is not part of the latter).
+  auto &wall = reporter.times["min"];
+  for (auto *t : {&wall, &reporter.cpu_times["min"]}) {
     if (t->count("BM_Floor") == 0 || t->count("BM_Library") == 0) continue;
     auto &m = *t;
     const double floor = m["BM_Floor"], lib = m["BM_Library"];
     const double stages = m["BM_StageRead"] + m["BM_StageConvert"] + m["BM_StageSort"];
     std::printf("%s, fastest of 7: library %.0f us, floor %.0f us, ratio %.2f (goal <= 2)\n",
-                t == &reporter.wall ? "read+convert+sort 1000 system + 1000 firewall, waited for"
+                t == &wall ? "read+convert+sort 1000 system + 1000 firewall, waited for"
                                     : "the same, time spent in this process",
                 lib, floor, lib / floor);
     for (const char *stage : {"BM_StageRead", "BM_StageConvert", "BM_StageSort", "BM_StageLineCount"})

@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/ratio.h"
+#include "bench/ratio_reporter.h"
 #include "syscommon/maint.h"
 
 namespace {
@@ -99,8 +99,9 @@ int main(int argc, char **argv) {
   syscommon::bench::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   auto ratio = [&](const char *what, const char *lib, const char *floor, const char *goal) {
-    if (reporter.medians.count(lib) == 0 || reporter.medians.count(floor) == 0) return;
-    const double l = reporter.medians[lib], fl = reporter.medians[floor];
+    auto &medians = reporter.times["median"];
+    if (medians.count(lib) == 0 || medians.count(floor) == 0) return;
+    const double l = medians[lib], fl = medians[floor];
     std::printf("%-36s %8.2f ms  floor %8.2f ms  ratio floor/checksum %.3f (%s)\n", what, l, fl, fl / l, goal);
   };
   ratio("file_check_sum, 20 MiB in memory", "BM_FileCheckSum", "BM_FloorNativeSum", "goal >= 0.8");

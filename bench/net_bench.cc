@@ -112,13 +112,7 @@ BENCHMARK(BM_LibraryRoundTrip)->UseRealTime()->Repetitions(9)->ComputeStatistics
 }  // namespace
 
 int main(int argc, char **argv) {
-  // Repetitions of the two run interleaved unless asked otherwise, so that a busy machine
-  // weighs on both alike. Flags first: --help and bad flags end the program here.
-  std::vector<char *> args(argv, argv + argc);
-  char interleave[] = "--benchmark_enable_random_interleaving=true";
-  args.insert(args.begin() + 1, interleave);
-  int count = static_cast<int>(args.size());
-  benchmark::Initialize(&count, args.data());
+  syscommon::bench::initialize_interleaved(argc, argv);
   char root_template[] = "/tmp/syscommon-netbench.XXXXXX";
   if (mkdtemp(root_template) == nullptr) {
     std::perror("bench: mkdtemp");

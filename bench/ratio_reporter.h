@@ -15,12 +15,25 @@ namespace syscommon::bench {
 
 inline double fastest(const std::vector<double> &v) { return v.empty() ? 0 : *std::min_element(v.begin(), v.end()); }
 
+// Initialises the library with the repetitions of all benchmarks run interleaved (unless
+// the command line says otherwise), so that a busy machine weighs on floor and measurement
+// alike. Flags first: --help and bad flags end the program here.
+inline void initialize_interleaved(int argc, char **argv) {
+  std::vector<char *> args(argv, argv + argc);
+  static char interleave[] = "--benchmark_enable_random_interleaving=true";
+  args.insert(args.begin() + 1, interleave);
+  int count = static_cast<int>(args.size());
+  benchmark::Initialize(&count, args.data());
+}
+
 class RatioReporter : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run> &runs) override {
     for (const auto &r : runs)
-      if (r.aggregate_name == "median" || r.aggregate_name == "min")
+      if (r.aggregate_name == "median" || r.aggregate_name == "min") {
         times[r.aggregate_name][r.run_name.function_name] = r.GetAdjustedRealTime();
+        cpu_times[r.aggregate_name][r.run_name.function_name] = r.GetAdjustedCPUTime();
+      }
     ConsoleReporter::ReportRuns(runs);
   }
   // One line per statistic: `what`, both times and their ratio against `target`.
@@ -32,7 +45,8 @@ class RatioReporter : public benchmark::ConsoleReporter {
                   t[measured], t[floor], t[measured] / t[floor], target);
     }
   }
-  std::map<std::string, std::map<std::string, double>> times;  // statistic -> benchmark -> ns
+  // statistic -> benchmark -> time in the benchmark's unit: waited for, and spent in this process
+  std::map<std::string, std::map<std::string, double>> times, cpu_times;
 };
 
 }  // namespace syscommon::bench

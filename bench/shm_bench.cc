@@ -11,7 +11,7 @@
 #include <map>
 #include <string>
 
-#include "bench/ratio.h"
+#include "bench/ratio_reporter.h"
 #include "syscommon/shm.h"
 
 namespace {
@@ -94,8 +94,9 @@ int main(int argc, char **argv) {
   syscommon::bench::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   auto ratio = [&](const char *what, const char *acc, const char *floor) {
-    if (reporter.medians.count(acc) == 0 || reporter.medians.count(floor) == 0) return;
-    double a = reporter.medians[acc], f = reporter.medians[floor];
+    auto &medians = reporter.times["median"];
+    if (medians.count(acc) == 0 || medians.count(floor) == 0) return;
+    double a = medians[acc], f = medians[floor];
     std::printf("%-28s accessor %8.0f ns  floor %8.0f ns  ratio %.3f (target <= 1.25)\n", what, a, f, a / f);
   };
   ratio("one-word getter", "BM_AccessorWord", "BM_FloorWord");
