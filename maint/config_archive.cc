@@ -50,14 +50,15 @@ uint32_t whole_file_sum(std::FILE *f) {
 bool pack_entry(const std::string &name) {
   const std::string staging = rooted(kStaging);
   const bool packed = !std::string_view(name).ends_with("gzip");
-  std::string target = packed ? format_text(kCommand, "%s/%s.%s", staging.c_str(), name.c_str(), "gzip")
-                              : format_text(kCommand, "%s/%s", staging.c_str(), name.c_str());
+  const std::string device_target = packed ? format_text(kCommand, "%s/%s.%s", kStaging, name.c_str(), "gzip")
+                                           : format_text(kCommand, "%s/%s", kStaging, name.c_str());
+  const std::string target = rooted(device_target);
   if (packed)
     run_command(format_text(kCommand, "tar %s %s %s/%s > /dev/null 2>&1", "-zcf", target.c_str(), staging.c_str(),
                             name.c_str()));
   auto file = syscommon::open_file(target, "r");
   if (!file) {
-    std::printf("%s fopen error\n", target.c_str());
+    std::printf("%s fopen error\n", device_target.c_str());
     return false;
   }
   const uint32_t sum = whole_file_sum(file.get());
@@ -83,7 +84,7 @@ SYSCOMMON_API int make_configuration_file(void) {
   run_command(format_text(kCommand, "ls %s > %s", staging.c_str(), listing.c_str()));
   auto names = syscommon::open_file(listing, "r");
   if (!names) {
-    std::printf("%s fopen error\n", listing.c_str());
+    std::printf("%s fopen error\n", kListing);
     return -1;
   }
   char line[128];
@@ -149,11 +150,12 @@ SYSCOMMON_API int configPartialCli_Upgrade(void) {
 }
 
 SYSCOMMON_API int make_log_file(void) {
-  const std::string path = rooted(format_text(kCommand, "%s%s", kRamdisk, kLogExport));
+  const std::string device_path = format_text(kCommand, "%s%s", kRamdisk, kLogExport);
+  const std::string path = rooted(device_path);
   run_command(path);  // runs the export file as a command; does nothing useful, kept
   auto file = syscommon::open_file(path, "w+");
   if (!file) {
-    std::printf("%s fopen error\n", path.c_str());
+    std::printf("%s fopen error\n", device_path.c_str());
     return -1;
   }
   return 0;
