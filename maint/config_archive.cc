@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "maint/config_paths.h"
 #include "platform/host.h"
 #include "syscommon/log.h"
 #include "syscommon/maint.h"
@@ -17,6 +18,9 @@
 namespace {
 
 using syscommon::format_text;
+using syscommon::maint::kConfigArchive;
+using syscommon::maint::kConfigEventArgument;
+using syscommon::maint::kRamdisk;
 using syscommon::rooted;
 using syscommon::run_command;
 
@@ -26,17 +30,14 @@ constexpr const char *kLogDir = "/mnt/log1";
 constexpr const char *kStaging = "/mnt/ramdisk/cfg_tmp";
 constexpr const char *kSumList = "/mnt/ramdisk/cfg_tmp/CFG_SUM";
 constexpr const char *kListing = "/mnt/ramdisk/CFG_FILE_NAME";
-constexpr const char *kArchive = "/mnt/ramdisk/TARN_CFG.ini";
 constexpr const char *kCliError = "/mnt/ramdisk/CLI_IMPORT_ERROR";
 constexpr const char *kParser = "/lumenP/cli/tarn_parser";
 constexpr const char *kPasswordFile = "/mnt/ramdisk/cfg/password.CFG";
-constexpr const char *kRamdisk = "/mnt/ramdisk";
 constexpr const char *kLogExport = "/TARN_LOG.ini";
 constexpr uint32_t kToEnd = 0xFFFFFFFF;
 
 constexpr int kEventImportFail = 19;
 constexpr int kEventImportSuccess = 21;
-constexpr int kEventArgument = 4;
 
 // The stream checksum of a whole file, the value CFG_SUM stores less 1.
 uint32_t whole_file_sum(std::FILE *f) {
@@ -76,7 +77,7 @@ int parser_run(const char *options) {
 extern "C" {
 
 SYSCOMMON_API int make_configuration_file(void) {
-  const std::string archive = rooted(kArchive), staging = rooted(kStaging), listing = rooted(kListing);
+  const std::string archive = rooted(kConfigArchive), staging = rooted(kStaging), listing = rooted(kListing);
   run_command(format_text(kCommand, "rm %s 2> /dev/null", archive.c_str()));
   run_command(format_text(kCommand, "rm -r %s 2> /dev/null", staging.c_str()));
   run_command(format_text(kCommand, "cp -rf %s %s 2> /dev/null", rooted(kConfigDir).c_str(), staging.c_str()));
@@ -124,24 +125,24 @@ SYSCOMMON_API int check_upconfig_checksum(void) {
 SYSCOMMON_API int config_Upgrade(int *error) {
   // Not rooted: the member names already carry the root the archive was packed under.
   syscommon::change_directory("/");
-  run_command(format_text(kCommand, "tar %s %s > /dev/null 2>&1", "-zxf", rooted(kArchive).c_str()));
+  run_command(format_text(kCommand, "tar %s %s > /dev/null 2>&1", "-zxf", rooted(kConfigArchive).c_str()));
   if (check_upconfig_checksum() != 1) {
     if (error != nullptr) *error = 1;
-    return call_SendSyslog_to_log(kEventImportFail, 0, kEventArgument);
+    return call_SendSyslog_to_log(kEventImportFail, 0, kConfigEventArgument);
   }
-  return call_SendSyslog_to_log(kEventImportSuccess, 0, kEventArgument);
+  return call_SendSyslog_to_log(kEventImportSuccess, 0, kConfigEventArgument);
 }
 
 SYSCOMMON_API int configCli_Upgrade(int *error) {
   run_command(format_text(kCommand, "rm %s > /dev/null 2>&1", rooted(kCliError).c_str()));
   const int status = syscommon::exit_status(
-      parser_run(format_text(kCommand, "-i -c %s > /dev/null", rooted(kArchive).c_str()).c_str()));
+      parser_run(format_text(kCommand, "-i -c %s > /dev/null", rooted(kConfigArchive).c_str()).c_str()));
   if (status != 0 && error != nullptr) *error = 1;
   return status;
 }
 
 SYSCOMMON_API int configPartialCli_Upgrade(void) {
-  if (parser_run(format_text(kCommand, "-z -c %s >/dev/null", rooted(kArchive).c_str()).c_str()) != 0) {
+  if (parser_run(format_text(kCommand, "-z -c %s >/dev/null", rooted(kConfigArchive).c_str()).c_str()) != 0) {
     parser_run("-z -s -1 & > /dev/null");
     return -1;
   }

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr std::size_t kBootScan = 1024 * 1024;
+constexpr std::size_t kBootScan = std::size_t{1} << 20;
 constexpr std::size_t kMaxKeys = 16;
 constexpr uint32_t kFieldText = 2;
 

@@ -163,7 +163,8 @@ SYSCOMMON_API char *readconfig(const void *base, const CfgFieldDesc *desc, int t
     case kStoredWord: {
       uint32_t word;
       std::memcpy(&word, field, 4);
-      return reinterpret_cast<char *>(static_cast<uintptr_t>(word));
+      // The record keeps a pointer of the 32-bit device in this word: handed back as one.
+      return reinterpret_cast<char *>(static_cast<uintptr_t>(word));  // NOLINT(performance-no-int-to-ptr)
     }
     case kBits: {
       const BitField f = bit_field(d);

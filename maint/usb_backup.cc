@@ -9,6 +9,7 @@
 #include <ctime>
 #include <string>
 
+#include "maint/config_paths.h"
 #include "platform/host.h"
 #include "syscommon/log.h"
 #include "syscommon/maint.h"
@@ -18,16 +19,17 @@
 namespace {
 
 using syscommon::format_text;
+using syscommon::maint::kConfigArchive;
+using syscommon::maint::kConfigEventArgument;
+using syscommon::maint::kRamdisk;
 using syscommon::rooted;
 using syscommon::run_command;
 
 constexpr std::size_t kCommand = 512;
-constexpr const char *kRamdisk = "/mnt/ramdisk";
 constexpr const char *kBackupDir = "/mnt/ramdisk/usb_tarn/tarn";
 constexpr const char *kHistoryDir = "/mnt/ramdisk/usb_tarn/tarn/His_ini";
 constexpr const char *kWebServerDir = "/lumenP/WebServer/";
 constexpr int kEventExportSuccess = 20;
-constexpr int kEventArgument = 4;
 
 std::string mount_point() { return rooted(format_text(kCommand, "%s/%s", kRamdisk, "usb_tarn")); }
 std::string scratch_file() { return rooted(format_text(kCommand, "%s/%s", kRamdisk, "usb_check")); }
@@ -89,12 +91,12 @@ SYSCOMMON_API int copy_configure_file_to_usb(void) {
   // the copies overwrite; kept as the device does it.
   if (syscommon::open_file(old_sys, "r")) run_command(old_sys);
   if (syscommon::open_file(old_named, "r")) run_command(old_named);
-  run_command(format_text(kCommand, "cp %s %s/Sys.ini > /dev/null", rooted("/mnt/ramdisk/TARN_CFG.ini").c_str(),
+  run_command(format_text(kCommand, "cp %s %s/Sys.ini > /dev/null", rooted(kConfigArchive).c_str(),
                           dir.c_str()));
   run_command(format_text(kCommand, "cp %s/Sys.ini %s/%02x%02x%02x.ini > /dev/null", dir.c_str(), dir.c_str(), mac[3],
                           mac[4], mac[5]));
   back_to_web_server();
-  return call_SendSyslog_to_log(kEventExportSuccess, 0, kEventArgument);
+  return call_SendSyslog_to_log(kEventExportSuccess, 0, kConfigEventArgument);
 }
 
 SYSCOMMON_API int copy_configure_file_to_usb_date(void) {
@@ -103,7 +105,7 @@ SYSCOMMON_API int copy_configure_file_to_usb_date(void) {
   std::printf("\n%s()\n", __func__);
   const std::string history = rooted(kHistoryDir);
   if (!enter_or_create(history)) std::printf("Can't Create 'tarn'");  // the wrong name, kept
-  run_command(format_text(kCommand, "cp %s %s/%02d%02d%02d%02d.ini", rooted("/mnt/ramdisk/TARN_CFG.ini").c_str(),
+  run_command(format_text(kCommand, "cp %s %s/%02d%02d%02d%02d.ini", rooted(kConfigArchive).c_str(),
                           history.c_str(), t.tm_mon + 1, t.tm_mday, t.tm_hour, t.tm_min));
   return back_to_web_server();
 }

@@ -198,10 +198,10 @@ typedef struct CfgFieldDesc {
   uint32_t words20_32[13];
 } CfgFieldDesc;
 
-SYSCOMMON_STATIC_ASSERT(sizeof(CfgFieldDesc) == 33 * 4, "field descriptor");
+SYSCOMMON_STATIC_ASSERT(sizeof(CfgFieldDesc) == 132, "field descriptor: 33 words");
 SYSCOMMON_STATIC_ASSERT(offsetof(CfgFieldDesc, size) == 4, "descriptor size word");
-SYSCOMMON_STATIC_ASSERT(offsetof(CfgFieldDesc, bit_position) == 18 * 4, "descriptor bit position word");
-SYSCOMMON_STATIC_ASSERT(offsetof(CfgFieldDesc, offset) == 19 * 4, "descriptor offset word");
+SYSCOMMON_STATIC_ASSERT(offsetof(CfgFieldDesc, bit_position) == 72, "descriptor word 18");
+SYSCOMMON_STATIC_ASSERT(offsetof(CfgFieldDesc, offset) == 76, "descriptor word 19");
 
 enum {
   CFG_FIELD_INDEX_NONE = -1,  /* count_valid_data: no field, the count is returned as is */
