@@ -157,7 +157,11 @@ int cmd_check(const Args &a) {
       std::printf("%-64s %-8s OUTSIDE the staging directory: unpacking from / writes /%s\n", stored_as.c_str(), "",
                   name.c_str());
       ++flagged;
-    } else if (name != staging + "CFG_SUM" && !name.starts_with(staging + "log1/")) {
+    } else if (name == staging + "CFG_SUM") {
+      std::printf("%-64s %-8s the checksum list\n", name.c_str(), "");
+    } else if (name.starts_with(staging + "log1/")) {
+      std::printf("%-64s %-8s log copy, not checked\n", name.c_str(), "");
+    } else {
       std::printf("%-64s %-8s not listed in CFG_SUM: unpacked unchecked\n", name.c_str(), "");
       ++flagged;
     }
