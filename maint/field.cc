@@ -135,13 +135,23 @@ SYSCOMMON_API int setconfig(void *base, const void *value, const CfgFieldDesc *d
 
 SYSCOMMON_API char *readconfig(const void *base, const CfgFieldDesc *desc, int text, int index) {
   const CfgFieldDesc &d = *desc;
+  if (d.type == kBits) {  // no element index: `index` is the storage width
+    const BitField f = bit_field(d);
+    const auto *word = static_cast<const unsigned char *>(base) + d.offset;
+    const auto v = f.usable ? static_cast<uint32_t>((load_le(word, storage_bytes(index)) >> f.shift) & f.mask) : 0;
+    if (text == 0) {
+      store_le(reinterpret_cast<unsigned char *>(readconfig_msg), 4, v);
+      return readconfig_msg;
+    }
+    syscommon::format_into(readconfig_msg, "%d", static_cast<int>(v));
+    return readconfig_msg;
+  }
   auto *field = element(const_cast<void *>(base), d, index);
   if (is_integer(d.type)) {
     const std::size_t width = int_width(d.size);
     if (text == 0) return raw_result(field, width);
     const uint32_t v = load_le(field, width);
-    const int shown = width == 1 ? static_cast<int>(v) : width == 2 ? static_cast<int16_t>(v) : static_cast<int>(v);
-    syscommon::format_into(readconfig_msg, "%d", shown);
+    syscommon::format_into(readconfig_msg, "%d", width == 2 ? static_cast<int16_t>(v) : static_cast<int>(v));
     return readconfig_msg;
   }
   switch (d.type) {
@@ -165,17 +175,6 @@ SYSCOMMON_API char *readconfig(const void *base, const CfgFieldDesc *desc, int t
       std::memcpy(&word, field, 4);
       // The record keeps a pointer of the 32-bit device in this word: handed back as one.
       return reinterpret_cast<char *>(static_cast<uintptr_t>(word));  // NOLINT(performance-no-int-to-ptr)
-    }
-    case kBits: {
-      const BitField f = bit_field(d);
-      const auto *word = static_cast<const unsigned char *>(base) + d.offset;
-      const auto v = f.usable ? static_cast<uint32_t>((load_le(word, storage_bytes(index)) >> f.shift) & f.mask) : 0;
-      if (text == 0) {
-        store_le(reinterpret_cast<unsigned char *>(readconfig_msg), 4, v);
-        return readconfig_msg;
-      }
-      syscommon::format_into(readconfig_msg, "%d", static_cast<int>(v));
-      return readconfig_msg;
     }
     default:
       readconfig_msg[0] = '\0';  // nothing to read: 7 and the types outside the table
