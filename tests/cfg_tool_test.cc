@@ -29,9 +29,11 @@ TEST_F(CfgTool, ExportCheckImport) {
   out = tool_ok({"cfg", "check"});
   EXPECT_NE(out.find("import check: would pass (event 21); 0 members flagged"), std::string::npos) << out;
 
-  // A changed member and a member outside the staging directory, packed beside the rest.
+  // A changed member, an unlisted one whose name holds a quote and a member outside the
+  // staging directory, packed beside the rest.
   const std::string staging = sim_path("/mnt/ramdisk/cfg_tmp");
   ASSERT_EQ(sh("cd / && printf X | dd of=" + staging + "/zone.cfg.gzip bs=1 seek=30 conv=notrunc 2>/dev/null && "
+               "echo x > \"" + staging + "/it's\" && "
                "mkdir -p " + sim_path("/etc/cron") + " && echo evil > " + sim_path("/etc/cron/job") +
                " && tar -czf " + archive_ + " " + staging.substr(1) + " " + sim_path("/etc/cron/job").substr(1))
                 .status,
@@ -43,7 +45,9 @@ TEST_F(CfgTool, ExportCheckImport) {
   EXPECT_NE(r.out.find("OUTSIDE the staging directory: unpacking from / writes " + sim_path("/etc/cron/job")),
             std::string::npos)
       << r.out;
-  EXPECT_NE(r.out.find("would FAIL (event 19); 2 members flagged"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("/it's "), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("not listed in CFG_SUM: unpacked unchecked"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("would FAIL (event 19); 3 members flagged"), std::string::npos) << r.out;
 
   r = tool({"cfg", "import"});
   EXPECT_EQ(r.status, 1);
