@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -34,6 +35,16 @@ int run_command(const std::string &command) {
   trace_command(command);
   std::fflush(nullptr);  // keep our buffered output ahead of the command's
   return std::system(command.c_str());
+}
+
+int change_directory(const std::string &path) { return ::chdir(path.c_str()); }
+
+int make_directory(const std::string &path, unsigned mode) { return ::mkdir(path.c_str(), static_cast<mode_t>(mode)); }
+
+int exit_status(int system_result) {
+  if (system_result == -1) return -1;
+  if (WIFSIGNALED(system_result)) return 128 + WTERMSIG(system_result);
+  return WEXITSTATUS(system_result);
 }
 
 bool path_exists(const std::string &path) {

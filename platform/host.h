@@ -20,12 +20,20 @@ void trace_command(std::string_view command);
 // Hands `command` to the shell with system() and returns system()'s result.
 int run_command(const std::string &command);
 
+// The exit status of a command from run_command's result: -1 when no shell ran, 128 + the
+// signal when one ended it.
+int exit_status(int system_result);
+
 struct FileCloser {
   void operator()(std::FILE *f) const {
     if (f != nullptr) std::fclose(f);
   }
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
+
+// chdir / mkdir of a path as given: 0, or -1 with errno set.
+int change_directory(const std::string &path);
+int make_directory(const std::string &path, unsigned mode);
 
 // True when `path` exists (stat succeeds).
 bool path_exists(const std::string &path);

@@ -39,6 +39,13 @@ int main(void) {
     char dquad[16];
     CHECK(ip_hex_to_dquad("0100A8C0", dquad, sizeof dquad, 1) == 0 && strcmp(dquad, "192.168.0.1") == 0);
   }
+  {
+    CfgFieldDesc vid = {0};
+    unsigned char record[8] = {0};
+    vid.type = 1, vid.size = 2, vid.offset = 2;
+    CHECK(sizeof(CfgFieldDesc) == 132 && setconfig(record, "300", &vid, 1, 0) == 300 && record[3] == 1);
+    CHECK(strcmp(readconfig(record, &vid, 1, 0), "300") == 0 && readconfig_msg[0] == '3');
+  }
   CHECK(timezone_str[21] != NULL);
   CHECK(month_str_to_int("Feb") == 2);
   CHECK(isValidIpAddress("192.168.1.1") != isValidIpAddress("192.168.1"));

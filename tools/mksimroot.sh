@@ -11,7 +11,7 @@ mkdir -p "$root"
 for d in bin dev etc tmp proc/tarn proc/tarnarm11 mnt/ramdisk/socket mnt/ramdisk/vrrp mnt/log1 mnt/log2 \
          mnt/cfg2 usr/quagga/bin lumenP/cli sbin var/run etc/openvpn/rsa mnt/log1/openvpn/server_keys \
          mnt/log1/openvpn/client_keys mnt/ramdisk/openvpn sim/vtysh sim/ifconfig var/db var/sim \
-         sys/devices/platform/octeon-gpio; do
+         sys/devices/platform/octeon-gpio lumenP/WebServer proc/bus/usb/001 var/sim/usb; do
   mkdir -p "$root/$d"
 done
 : >"$root/proc/tarn/ifsInfo"
@@ -34,6 +34,10 @@ cp "$here/sim/data/ppp0" "$root/sim/ifconfig/ppp0"
 cp "$here/sim/data/lldpinfo2" "$root/mnt/ramdisk/lldpinfo2"
 echo 2 >"$root/mnt/ramdisk/vrrp/eth0.1_1"
 install -m 755 "$here/sim/ethsw_diag" "$here/sim/rl2ctrl" "$root/bin/"
+# Configuration parser, SSH server and the USB stick's fdisk/mount/umount.
+install -m 755 "$here/sim/tarn_parser" "$root/lumenP/cli/tarn_parser"
+install -m 755 "$here/sim/sshd" "$root/sbin/sshd"
+install -m 755 "$here/sim/fdisk" "$here/sim/mount" "$here/sim/umount" "$root/bin/"
 
 # Identity EEPROM (1 KiB, erased cells read 0xFF): serial number 1234567 at 32 (little-endian),
 # burn-in minutes 2880 at 64, end-of-test flag 1 at 80, serial text at 624.

@@ -20,6 +20,7 @@
 #include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
+#include <time.h>
 
 #include "syscommon/export.h"
 
@@ -138,6 +139,134 @@ SYSCOMMON_API int flash_erase_to_write(int fd, int unlock, int start, int length
 SYSCOMMON_API int fwupgrad_funkill(void);
 /* The number in "/proc/tarnarm11/cpu_freq", 0 if it cannot be opened or read. */
 SYSCOMMON_API int Ssys_getCpuFreq(void);
+
+/* ==== Configuration export and import ==== */
+/* The live configuration "/mnt/cfg2" is exported, with a checksum list "CFG_SUM" and a
+ * copy of "/mnt/log1", as the gzip tar archive "/mnt/ramdisk/TARN_CFG.ini", staged in
+ * "/mnt/ramdisk/cfg_tmp". Every configuration file NAME is packed on its own as NAME.gzip
+ * (a name already ending in "gzip" is kept as it is); each CFG_SUM line is the packed
+ * file's absolute path, a blank and its checksum (file_check_sum_tmp to the end) plus 1 in
+ * lower-case hexadecimal. The staging directory stays in place after export and import. */
+
+/* Builds the archive: 1, or -1 with "%s fopen error\n" when the listing or a packed file
+ * cannot be opened. */
+SYSCOMMON_API int make_configuration_file(void);
+/* Checks every CFG_SUM line: 1 all match (an empty list too); -1 when the list is missing
+ * ("check_upconfig_checksum fopen error"), a listed file is missing ("%s fopen error\n"),
+ * a line holds no path and hexadecimal value, or a sum differs. */
+SYSCOMMON_API int check_upconfig_checksum(void);
+/* Unpacks the archive from the working directory "/" (which stays the working directory),
+ * checks it, sets *error to 1 on a failed check and reports event 19 (failed) or 21
+ * (passed) to the log agent; returns that report's result. Members are written wherever
+ * their names point: an archive can overwrite any file the caller may write. */
+SYSCOMMON_API int config_Upgrade(int *error);
+/* Full import by the configuration parser: its exit status; *error = 1 when non-zero. */
+SYSCOMMON_API int configCli_Upgrade(int *error);
+/* Partial import by the configuration parser, then the outcome handed to it in the
+ * background ("-s 5" or "-s -1"): 0 or -1. */
+SYSCOMMON_API int configPartialCli_Upgrade(void);
+/* Creates or empties "/mnt/ramdisk/TARN_LOG.ini": 0, or -1 with "%s fopen error\n". */
+SYSCOMMON_API int make_log_file(void);
+/* The password of "/mnt/ramdisk/cfg/password.CFG" (its first token of letters, digits and
+ * '=' without the 4-character key prefix) into `text`: its length; on a missing file
+ * "NULL" and -1. `size` is not examined: `text` must hold 124 bytes. */
+SYSCOMMON_API int Get_PW(char *text, int size);
+/* The boot loader's version ("V" and the word after "MM-Test Ver", without terminator:
+ * `text` must be zeroed and hold the word) and build date (year, month, day, hour from the
+ * high byte down) read from partition 0: 1 found, 0 otherwise. */
+SYSCOMMON_API int Scf_getMMVer_Time_String(char *text, uint32_t *packed_date);
+
+/* Record tables: `count` records of `record_size` bytes; a record is in use when the 32-bit
+ * word at `key_offset` is non-zero. The layout is trusted (key_offset + 4 <= record_size). */
+/* Moves the records in use to the front, in order; the freed records are zeroed. */
+SYSCOMMON_API void readjust_config_sequence(void *table, int record_size, int count, int key_offset);
+/* Zeroes every record whose key is in `keys` (at most 16, ended by 0), then compacts:
+ * 1 when a record was cleared, else 0. */
+SYSCOMMON_API int Delete_And_Fill_CFG_Data_For_VLan_Change(void *table, int record_size, int count, int key_offset,
+                                                          const uint32_t *keys);
+
+/* ==== Configuration record field access ==== */
+
+/* A field of a configuration record, as the management programs' descriptor tables hold
+ * it (33 words; the words not named here belong to those programs). */
+typedef struct CfgFieldDesc {
+  uint32_t type;         /* 1..18, see setconfig */
+  uint32_t size;         /* bytes of one element; for type 10 the width in bits */
+  uint32_t words2_17[16];
+  uint32_t bit_position; /* type 10: the field's lowest bit, counted from 1 */
+  uint32_t offset;       /* byte offset of the field in the record */
+  uint32_t words20_32[13];
+} CfgFieldDesc;
+
+SYSCOMMON_STATIC_ASSERT(sizeof(CfgFieldDesc) == 132, "field descriptor: 33 words");
+SYSCOMMON_STATIC_ASSERT(offsetof(CfgFieldDesc, size) == 4, "descriptor size word");
+SYSCOMMON_STATIC_ASSERT(offsetof(CfgFieldDesc, bit_position) == 72, "descriptor word 18");
+SYSCOMMON_STATIC_ASSERT(offsetof(CfgFieldDesc, offset) == 76, "descriptor word 19");
+
+enum {
+  CFG_FIELD_INDEX_NONE = -1,  /* count_valid_data: no field, the count is returned as is */
+  CFG_BITS_STORAGE_8 = 1,     /* type 10: index argument giving the storage word's width */
+  CFG_BITS_STORAGE_16 = 2,
+  CFG_BITS_STORAGE_32 = 4
+};
+
+/* The text and raw results of readconfig (except types 2 and 9); overwritten by each call. */
+SYSCOMMON_API extern char readconfig_msg[128];
+
+/* Stores `value` (text when `text` is non-zero, else raw bytes) into element `index` of the
+ * field (for type 10, `index` is the storage width: 1 = 8 bits, 2 = 16, else 32):
+ *   1, 8, 17, 18  integer of size 1, 2 or 4 (other sizes: 4), little-endian: atoi / raw
+ *   2, 15         text cut to size - 1 and terminated
+ *   3, 14         IPv4 in network order: dotted text (inet_addr; "" is 0.0.0.0) / 4 bytes
+ *   4             6-byte MAC parsed with mac_addr (text in both modes)
+ *   7             4 raw bytes copied
+ *   10            bit field: text number / first byte, 16- or 32-bit word by storage width;
+ *                 bits cleared, then value << (position - 1) added (not cut to the width)
+ * Returns the number stored for integers and bit fields, else 0. Other types, and a bit
+ * position of 0 or above 32, leave the record unchanged. Nothing is checked: base,
+ * descriptor and index are trusted. */
+SYSCOMMON_API int setconfig(void *base, const void *value, const CfgFieldDesc *desc, int text, int index);
+/* Fetches element `index` of the field: integers "%d" (2-byte signed) or their bytes;
+ * type 2 the stored text itself; 15 "1"/"0" of its first byte; 3, 14 dotted text or the
+ * bytes; 4 "%02x:..:%02x" or 6 bytes; 9 the stored 32-bit word as a pointer; 10 "%d" of
+ * the field or its 4 bytes. Results other than types 2 and 9 are readconfig_msg (empty for
+ * types that cannot be read). Raw copies stop at 128 bytes. Unchecked like setconfig. */
+SYSCOMMON_API char *readconfig(const void *base, const CfgFieldDesc *desc, int text, int index);
+/* Entries of `table` (`count` of `entry_size` bytes) in use before the first empty one,
+ * judged by field `field` of `descs` (type 2: its first byte; else all its bytes zero);
+ * `field` -1 returns `count`. Unchecked. */
+SYSCOMMON_API int count_valid_data(const CfgFieldDesc *descs, int field, const void *table, int count,
+                                   int entry_size);
+
+/* ==== SSH service ==== */
+
+/* Rewrites "/etc/sshd_config" (ClientAlive lines only for an idle limit above 0 minutes):
+ * 1, or 0 after "fopen error". */
+SYSCOMMON_API int write_sshd_config(int idle_minutes);
+/* Stops sshd and removes the SSH console sessions (type 3); when enabled rewrites the
+ * configuration and starts "/sbin/sshd -p PORT". Returns 0. */
+SYSCOMMON_API int uiMgmt_setSSH(int enable, int port, int idle_minutes);
+
+/* ==== USB configuration backup ==== */
+/* The stick is mounted at "/mnt/ramdisk/usb_tarn"; backups go to its "tarn" directory. */
+
+/* Mode 0: mounts the first device "fdisk -ul" lists (when there is one) and waits 1 s;
+ * mode 1: unmounts and removes the mount point. */
+SYSCOMMON_API void xbk02_run(int mode);
+/* Mode 0 mounts `device` (entering or creating the mount point and "tarn"); mode 1
+ * unmounts and removes the mount point. Changes the working directory. */
+SYSCOMMON_API void USB_Mount(int mode, const char *device);
+/* "Sys.ini" and "%02x%02x%02x.ini" (last bytes of eth0's MAC) from the archive; reports
+ * event 20 and returns that report's result. */
+SYSCOMMON_API int copy_configure_file_to_usb(void);
+/* His_ini/MMDDHHMM.ini (local time) from the archive; chdir's result. */
+SYSCOMMON_API int copy_configure_file_to_usb_date(void);
+/* Moves the system, firewall and VPN log exports to Sys.log, Firewall.log, VPN.log;
+ * chdir's result. */
+SYSCOMMON_API int copy_log_file_to_usb(void);
+/* localtime(*value) after the time zone rules were read again (TZ is left as
+ * "/etc/localtime"); localtime's static result. Not thread-safe (setenv). */
+SYSCOMMON_API struct tm *tarn_macro_localtime(const time_t *value);
 
 SYSCOMMON_END_DECLS
 
