@@ -4,20 +4,30 @@ ASAN_BUILD ?= build-asan
 JOBS ?= $(shell nproc)
 DEB_PACKAGES := cmake make g++ gcc pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
                 util-linux iproute2 procps psmisc openssl busybox
+# Only the targets that use them install these.
+ANALYSIS_PACKAGES := clang-tidy cppcheck
+COVERAGE_PACKAGES := gcovr
+# The library's own sources (tests and benchmarks excluded), for the analysers.
+LIB_SOURCES = $$(git ls-files '*.cc' | grep -v -E '^(tests|bench)/|_test\.cc$$')
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
-.PHONY: all deps configure build test demo bench sanitize tidy install clean
+.PHONY: all deps configure build test demo bench sanitize tidy cppcheck coverage package install clean
 
 all: build
 
-deps:
-	@missing=""; for p in $(DEB_PACKAGES); do \
+# $(call install_missing,PACKAGES): apt-get install those not yet installed.
+define install_missing
+	@missing=""; for p in $(1); do \
 	  dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q "install ok installed" || missing="$$missing $$p"; \
 	done; \
 	if [ -n "$$missing" ]; then \
 	  echo "installing:$$missing"; \
 	  $(SUDO) apt-get update -q && DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -q $$missing; \
 	fi
+endef
+
+deps:
+	$(call install_missing,$(DEB_PACKAGES))
 
 configure: deps
 	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
@@ -40,7 +50,19 @@ sanitize: deps
 	ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
 tidy: configure
-	clang-tidy -p $(BUILD) --quiet --extra-arg=-Wno-unknown-warning-option $$(git ls-files '*.cc' | grep -v -E '^(tests|bench)/|_test\.cc$$')
+	$(call install_missing,$(ANALYSIS_PACKAGES))
+	clang-tidy -p $(BUILD) --quiet --warnings-as-errors='*' --extra-arg=-Wno-unknown-warning-option $(LIB_SOURCES)
+
+# Checked-in configuration: the options here and .cppcheck-suppressions.
+cppcheck:
+	$(call install_missing,$(ANALYSIS_PACKAGES))
+	cppcheck --quiet --std=c++20 --language=c++ -I include -I . -DSYSCOMMON_BUILDING \
+	  --enable=warning,performance,portability --inline-suppr --error-exitcode=1 \
+	  --suppressions-list=.cppcheck-suppressions -j $(JOBS) $(LIB_SOURCES)
+
+package: build
+	cd $(BUILD) && cpack -G DEB
+	@ls -1 $(BUILD)/*.deb
 
 install: build
 	cmake --install $(BUILD)
