@@ -64,7 +64,9 @@ TEST_F(SessionToolTest, SessionsLockoutAndPasswordRating) {
   EXPECT_EQ(tool({"lockout", "config", "on", "2", "1"}).status, 0);
   for (int i = 0; i < 2; ++i) EXPECT_EQ(tool({"lockout", "attempt", "bob", "fail"}).status, 0);
   EXPECT_EQ(tool({"lockout", "check", "bob"}).status, 1);
-  EXPECT_TRUE(has(tool({"lockout", "show", "bob"}).out, "locked, 60 s left"));
+  // A loaded machine may take a second between the last attempt and the view.
+  const std::string locked = tool({"lockout", "show", "bob"}).out;
+  EXPECT_TRUE(has(locked, "locked, 60 s left") || has(locked, "locked, 59 s left")) << locked;
   EXPECT_EQ(tool({"lockout", "check", "nobody"}).status, 1);
   EXPECT_EQ(tool({"lockout", "clear", "bob"}).status, 0);
   EXPECT_EQ(tool({"lockout", "check", "bob"}).status, 0);
