@@ -171,6 +171,7 @@ int render_system_record(const SlogSystemRecord &record, char *out, int show_msg
   }
   const Remapped r =
       remap(record.event_id, record.reason_id, std::string_view(record.text, strnlen(record.text, sizeof record.text)));
+  // cppcheck-suppress incorrectLogicOperator
   if ((record.event_id == kEventRuleTerminated || record.event_id == kEventSessionLog) && r.number < 1 &&
       r.number > 256)  // never true: the device renders every rule number, kept as it is
     return 0;

@@ -123,7 +123,7 @@ SYSCOMMON_API int file_check_sum_tmp(FILE *stream, uint32_t length, uint32_t *su
 }
 
 SYSCOMMON_API int Ssys_isFwHwMismatch(uint32_t fw_version) {
-  std::printf("FW version %02d.%02d.%02d\n", byte_of(fw_version, 0), byte_of(fw_version, 1), byte_of(fw_version, 2));
+  std::printf("FW version %02u.%02u.%02u\n", byte_of(fw_version, 0), byte_of(fw_version, 1), byte_of(fw_version, 2));
   return Get_HW_version() == 2 && fw_version < kMinFwOnVersion2 ? 1 : 0;
 }
 
@@ -161,7 +161,7 @@ SYSCOMMON_API int Get_FW_Ver(const FwHeader *header, char *text) {
 
 SYSCOMMON_API int Get_FW_Build_Time(const FwHeader *header, char *text) {
   uint32_t t = header->build_time;
-  return std::sprintf(text, "build %02d%02d%02d%02d.", byte_of(t, 0), byte_of(t, 1), byte_of(t, 2), byte_of(t, 3));
+  return std::sprintf(text, "build %02u%02u%02u%02u.", byte_of(t, 0), byte_of(t, 1), byte_of(t, 2), byte_of(t, 3));
 }
 
 }  // extern "C"

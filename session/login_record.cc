@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr uint8_t kTypeRead = NET_TYPE_CTL_REQUEST;
 constexpr uint8_t kTypeRecordSize = 5;
 constexpr std::size_t kMaxNameLength = 32;
 

@@ -28,7 +28,7 @@ std::vector<std::vector<std::string>> read_table(const std::string &path, std::s
   int line_no = 0;
   for (std::string line; std::getline(in, line);) {
     ++line_no;
-    line = line.substr(0, line.find('#'));
+    if (const auto hash = line.find('#'); hash != std::string::npos) line.resize(hash);
     std::istringstream words(line);
     std::vector<std::string> row;
     for (std::string w; words >> w;) row.push_back(w);
