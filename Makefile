@@ -3,6 +3,7 @@ BUILD ?= build
 ASAN_BUILD ?= build-asan
 FUZZ_BUILD ?= build-fuzz
 COVERAGE_BUILD ?= build-coverage
+ARM_BUILD ?= build-arm
 FUZZ_SECONDS ?= 60
 JOBS ?= $(shell nproc)
 DEB_PACKAGES := cmake make g++ gcc pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
@@ -11,11 +12,14 @@ DEB_PACKAGES := cmake make g++ gcc pkg-config libgtest-dev libgmock-dev libbench
 ANALYSIS_PACKAGES := clang-tidy cppcheck
 COVERAGE_PACKAGES := gcovr
 FUZZ_PACKAGES := clang libclang-rt-dev
+# The 32-bit ARM cross compiler with its sysroot, GoogleTest's sources and the emulator.
+ARM_PACKAGES := g++-arm-linux-gnueabihf googletest qemu-user
 # The library's own sources (tests and benchmarks excluded), for the analysers.
 LIB_SOURCES = $$(git ls-files '*.cc' | grep -v -E '^(tests|bench)/|_test\.cc$$')
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
-.PHONY: all deps configure build test demo bench sanitize fuzz tidy cppcheck coverage package install clean
+.PHONY: all deps configure build test demo bench sanitize fuzz tidy cppcheck coverage package install clean \
+        arm arm-test arm-package
 
 all: build
 
@@ -52,6 +56,22 @@ sanitize: deps
 	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DSYSCOMMON_SANITIZE=ON -DSYSCOMMON_BENCH=OFF
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
+
+# The library, the tool, the stand-ins and the tests for 32-bit ARM; the tests run under
+# qemu-arm through the same isolating launcher.
+arm: deps
+	$(call install_missing,$(ARM_PACKAGES))
+	cmake -S . -B $(ARM_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/arm-linux-gnueabihf.cmake \
+	  -DSYSCOMMON_GTEST_SOURCE=/usr/src/googletest -DSYSCOMMON_BENCH=OFF
+	cmake --build $(ARM_BUILD) -j $(JOBS)
+
+arm-test: arm
+	ctest --test-dir $(ARM_BUILD) --output-on-failure -j $(JOBS)
+
+arm-package: arm
+	cd $(ARM_BUILD) && cpack -G DEB
+	@ls -1 $(ARM_BUILD)/*.deb
 
 # Line and branch coverage of the library by its tests, per folder.
 coverage: deps
@@ -92,4 +112,4 @@ install: build
 	cmake --install $(BUILD)
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(COVERAGE_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(COVERAGE_BUILD) $(ARM_BUILD)

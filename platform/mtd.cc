@@ -27,7 +27,8 @@ off_t simulated_size(int fd) {
 
 // The checks MEMERASE makes: inside the partition and aligned to the erase block.
 bool valid_erase(off_t size, uint32_t start, uint32_t length) {
-  return static_cast<off_t>(start) + length <= size && start % kSimulatedEraseBlock == 0 &&
+  return size >= 0 && uint64_t{start} + length <= static_cast<uint64_t>(size) &&
+         start % kSimulatedEraseBlock == 0 &&
          length % kSimulatedEraseBlock == 0;
 }
 

@@ -4,9 +4,13 @@
 #   install_check.sh BUILD            `cmake --install` into a scratch prefix
 #   install_check.sh BUILD package    the Debian packages of `make package`, unpacked
 #                                     with `dpkg -x` into a scratch root
+# CC, NM and READELF name the build's tools (default cc, nm, readelf); a cross build's
+# programs run under the emulator its run-prefix file names.
 set -euo pipefail
 build="$1"
 mode="${2:-install}"
+run=()
+[ -f "$build/run-prefix" ] && read -r -a run <"$build/run-prefix"
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 if [ "$mode" = package ]; then
@@ -26,7 +30,7 @@ if [ "$mode" = package ]; then
   grep -q 'include/syscommon/shm\.h$' <<<"$dev"
   grep -q 'pkgconfig/syscommon\.pc$' <<<"$dev"
   dpkg-deb -f "$scratch"/debs/libsyscommon-dev_*.deb Depends | grep -q libsyscommon0
-  "$scratch/root/usr/bin/syscommon" --help >/dev/null
+  "${run[@]}" "$scratch/root/usr/bin/syscommon" --help >/dev/null
   prefix="$scratch/root/usr"
 else
   prefix="$scratch"
@@ -42,14 +46,14 @@ int main(void) {
   return Ssys_UI_port2MdlPort(2, &module, &port) == 1 && port == 2 ? 0 : 1;
 }
 C
-cc -std=c11 -Wall -Werror "$scratch/prog.c" -o "$scratch/prog" $(pkg-config --cflags --libs syscommon)
+"${CC:-cc}" -std=c11 -Wall -Werror "$scratch/prog.c" -o "$scratch/prog" $(pkg-config --cflags --libs syscommon)
 libdir=$(pkg-config --variable=libdir syscommon)
-LD_LIBRARY_PATH="$libdir" "$scratch/prog"
-readelf -d "$libdir/libsyscommon.so" | grep -q 'SONAME.*libsyscommon.so.0'
+LD_LIBRARY_PATH="$libdir" "${run[@]}" "$scratch/prog"
+"${READELF:-readelf}" -d "$libdir/libsyscommon.so" | grep -q 'SONAME.*libsyscommon.so.0'
 # Only the library's own C names are exported: no C++ symbols leak out.
-if nm -D --defined-only "$libdir/libsyscommon.so" | awk '{print $3}' | grep -q '^_Z'; then
+if "${NM:-nm}" -D --defined-only "$libdir/libsyscommon.so" | awk '{print $3}' | grep -q '^_Z'; then
   echo "C++ symbols exported:" >&2
-  nm -D --defined-only "$libdir/libsyscommon.so" | awk '{print $3}' | grep '^_Z' | head >&2
+  "${NM:-nm}" -D --defined-only "$libdir/libsyscommon.so" | awk '{print $3}' | grep '^_Z' | head >&2
   exit 1
 fi
 echo "1 passed, 0 failed"

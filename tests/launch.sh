@@ -14,6 +14,9 @@ trap 'rm -rf "$root"' EXIT
 build=$(cd "$(dirname "$bin")" && pwd)
 while [ "$build" != / ] && [ ! -f "$build/CMakeCache.txt" ]; do build=$(dirname "$build"); done
 "$here/../tools/mksimroot.sh" "$root" "$build" || exit 1
+# A cross build's binaries run under the emulator its run-prefix file names.
+run=()
+[ -f "$build/run-prefix" ] && read -r -a run <"$build/run-prefix"
 
 export SYSCOMMON_ROOT="$root"
 export SYSCOMMON_TRACE="$root/trace"
@@ -23,9 +26,9 @@ export PATH="$root/bin:$PATH"
 if [ "$(id -u)" = 0 ] && unshare --ipc --pid --net --mount --fork --mount-proc true 2>/dev/null; then
   export SYSCOMMON_ISOLATED=1
   unshare --ipc --pid --net --mount --fork --mount-proc \
-    /bin/sh -c 'ip link set lo up 2>/dev/null; exec "$0" "$@"' "$bin" "$@"
+    /bin/sh -c 'ip link set lo up 2>/dev/null; exec "$0" "$@"' "${run[@]}" "$bin" "$@"
 else
   echo "launch.sh: private namespaces unavailable (need root and unshare); isolated tests skip" >&2
   unset SYSCOMMON_ISOLATED
-  "$bin" "$@"
+  "${run[@]}" "$bin" "$@"
 fi

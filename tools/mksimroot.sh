@@ -17,9 +17,17 @@ done
 : >"$root/proc/tarn/ifsInfo"
 echo 1 >"$root/mnt/log2/KVR900_BOOTUP_LOG"
 # The log agent by bare name (on PATH) and by its full path; conntrack by bare name.
+# A cross build's stand-in is started through a script that runs it under the emulator.
 if [ -n "$build" ] && [ -x "$build/tools/sim/SendSyslog" ]; then
-  cp "$build/tools/sim/SendSyslog" "$root/bin/SendSyslog"
-  cp "$build/tools/sim/SendSyslog" "$root/sbin/SendSyslog"
+  for dir in bin sbin; do
+    if [ -f "$build/run-prefix" ]; then
+      printf '#!/bin/sh\nexec %s %s "$@"\n' "$(cat "$build/run-prefix")" "$build/tools/sim/SendSyslog" \
+        >"$root/$dir/SendSyslog"
+      chmod 755 "$root/$dir/SendSyslog"
+    else
+      cp "$build/tools/sim/SendSyslog" "$root/$dir/SendSyslog"
+    fi
+  done
 fi
 cp "$here/sim/conntrack" "$root/bin/conntrack"
 : >"$root/proc/tarnarm11/openvpn_tap"

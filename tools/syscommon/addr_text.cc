@@ -24,7 +24,7 @@ std::pair<uint32_t, uint32_t> parse_prefix(const std::string &text) {
   auto slash = text.find('/');
   if (slash == std::string::npos) throw UsageError{"address must look like 192.168.1.1/24, not '" + text + "'"};
   uint32_t ip = parse_ip(text.substr(0, slash));
-  long len = parse_number(text.substr(slash + 1), "prefix length", 0, 32);
+  long long len = parse_number(text.substr(slash + 1), "prefix length", 0, 32);
   uint32_t host_mask = len == 0 ? 0 : ~uint32_t{0} << (32 - len);
   return {ip, htonl(host_mask)};
 }

@@ -26,7 +26,7 @@ std::pair<std::string, uint32_t> file_and_id(const Args &args) {
   const Options o = parse_options(args, {"--id"});
   expect_args(o.positional, 1, 1);
   if (o.get("--id") == nullptr) throw UsageError{"--id is required"};
-  return {o.positional[0], static_cast<uint32_t>(parse_number(*o.get("--id"), "--id", 0, 4294967295L))};
+  return {o.positional[0], static_cast<uint32_t>(parse_number(*o.get("--id"), "--id", 0, 4294967295LL))};
 }
 
 // Reads the file; false (after saying why) when it cannot hold even a header.
@@ -181,7 +181,7 @@ int cmd_pack(const Args &args) {
   const Options o = parse_options(args, {"--id", "--version", "--built"});
   expect_args(o.positional, 3, 3);
   if (o.get("--id") == nullptr || o.get("--version") == nullptr) throw UsageError{"--id and --version are required"};
-  const auto id = static_cast<uint32_t>(parse_number(*o.get("--id"), "--id", 0, 4294967295L));
+  const auto id = static_cast<uint32_t>(parse_number(*o.get("--id"), "--id", 0, 4294967295LL));
   const uint32_t version = parse_version(*o.get("--version"));
   uint32_t built = 0;
   if (o.get("--built") != nullptr) {

@@ -95,10 +95,10 @@ int cmd_led(const Args &args) {
 
 int cmd_do(const Args &args) {
   expect_args(args, 2, 2);
-  const long n = parse_number(args[0], "output", 1, 2);
+  const int n = static_cast<int>(parse_number(args[0], "output", 1, 2));
   const bool on = on_off(args[1]);
-  WriteToGpio_DO(on ? 1 : 0, static_cast<int>(n - 1));
-  std::printf("digital output %ld: %s\n", n, on ? "on" : "off");
+  WriteToGpio_DO(on ? 1 : 0, n - 1);
+  std::printf("digital output %d: %s\n", n, on ? "on" : "off");
   return 0;
 }
 

@@ -69,7 +69,7 @@ void print_datagram(unsigned n, const InterfaceMessage &m, std::size_t size, std
 int cmd_listen(const Args &args) {
   const Options o = parse_options(args, {"--count"});
   const std::string name = socket_name(o);
-  const long limit = o.get("--count") != nullptr ? parse_number(*o.get("--count"), "--count", 1, 1000000) : 0;
+  const long long limit = o.get("--count") != nullptr ? parse_number(*o.get("--count"), "--count", 1, 1000000) : 0;
   const std::string path = net::ramdisk_path(name.c_str());
   std::error_code error;
   const auto kind = std::filesystem::symlink_status(path, error).type();
@@ -111,11 +111,11 @@ int cmd_send(const Args &args) {
   const Options o = parse_options(args, {"--type", "--cmd", "--hex", "--seq", "--offset", "--tag", "--record-size"});
   const std::string name = socket_name(o);
   if (o.get("--type") == nullptr || o.get("--cmd") == nullptr) throw UsageError{"--type and --cmd are required"};
-  auto number = [&](const char *option, long def, long max) {
+  auto number = [&](const char *option, long long def, long long max) {
     return o.get(option) != nullptr ? parse_number(*o.get(option), option, 0, max) : def;
   };
   const std::vector<uint8_t> data = o.get("--hex") != nullptr ? parse_hex(*o.get("--hex")) : std::vector<uint8_t>{};
-  const long record_size = number("--record-size", static_cast<long>(data.size()), NET_MSG_DATA_SIZE);
+  const long long record_size = number("--record-size", static_cast<long long>(data.size()), NET_MSG_DATA_SIZE);
   if (!data.empty() && (record_size == 0 || data.size() % record_size != 0 || data.size() / record_size > 255))
     throw UsageError{"--record-size must divide the data into at most 255 records"};
 

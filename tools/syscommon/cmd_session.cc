@@ -1,6 +1,5 @@
 // syscommon session: the web and console session tables, changed only through the
 // library's session operations (which print their own diagnostic lines as on the device).
-#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -12,8 +11,8 @@
 namespace syscommon::tool {
 namespace {
 
-// Identifiers are 32-bit; a 32-bit long holds only half of them.
-constexpr long kIdMax = static_cast<long>(static_cast<long long>(LONG_MAX) < UINT32_MAX ? LONG_MAX : UINT32_MAX);
+// Identifiers are unsigned 32-bit.
+constexpr long long kIdMax = UINT32_MAX;
 
 uint32_t parse_id(const std::string &text) { return static_cast<uint32_t>(parse_number(text, "ID", 0, kIdMax)); }
 

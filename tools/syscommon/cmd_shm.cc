@@ -178,32 +178,32 @@ int cmd_init(const Args &args) {
 struct Setting {
   const char *name;
   const char *help;
-  long min, max;
-  void (*apply)(long);
+  long long min, max;
+  void (*apply)(long long);
 };
 
 const Setting kSettings[] = {
-    {"timezone", "time-zone index 0..62", 0, SHM_TIMEZONE_COUNT - 1, [](long v) { shm_set_timezone(int(v)); }},
-    {"reboot", "reboot flag", 0, 0xffffffffL, [](long v) { shm_set_reboot_flag(uint32_t(v)); }},
-    {"agent-state", "agent state word (bit 0: VLAN configuration done)", 0, 0xffffffffL,
-     [](long v) {
+    {"timezone", "time-zone index 0..62", 0, SHM_TIMEZONE_COUNT - 1, [](long long v) { shm_set_timezone(int(v)); }},
+    {"reboot", "reboot flag", 0, 0xffffffffLL, [](long long v) { shm_set_reboot_flag(uint32_t(v)); }},
+    {"agent-state", "agent state word (bit 0: VLAN configuration done)", 0, 0xffffffffLL,
+     [](long long v) {
        CriticalSection cs(kSystem);
        cs.store(SYS_OFF(agent_state), uint32_t(v));
      }},
-    {"route-reconf", "OR bits into the route reconfiguration word", 0, 0xffffffffL,
-     [](long v) { set_shm_route_reconf_flag(uint32_t(v)); }},
-    {"watchdog", "web-server watchdog (0/1)", 0, 1, [](long v) { shm_set_whatchdog_webs(int(v)); }},
-    {"led-master", "OR bits into the master LED byte", 0, 255, [](long v) { Ssc_setMasterLed(int(v)); }},
-    {"led-coupling", "OR bits into the coupling LED byte", 0, 255, [](long v) { Ssc_setCouplingLed(int(v)); }},
-    {"protocol", "redundancy protocol byte", 0, 255, [](long v) { shm_rdndntSetProtocol(int(v)); }},
-    {"fwem", "firmware emergency flag", 0, 0xffffffffL, [](long v) { shm_sysSet_FwEM(uint32_t(v)); }},
-    {"web-max-users", "web session limit", 0, 0xffffffffL,
-     [](long v) { shm_sysSet_web_multiSession_maxUser(uint32_t(v)); }},
-    {"con-max-users", "console session limit", 0, 0xffffffffL,
-     [](long v) { shm_sysSet_Con_multiSession_maxUser(uint32_t(v)); }},
-    {"sys-timeout", "system time-out", 0, 0xffffffffL, [](long v) { shm_sysSet_cf_sys_timeout(uint32_t(v)); }},
-    {"igmp-snooping", "IGMP snooping enable", 0, 0xffffffffL,
-     [](long v) { shm_igmpsnoopingSetEnable(uint32_t(v)); }},
+    {"route-reconf", "OR bits into the route reconfiguration word", 0, 0xffffffffLL,
+     [](long long v) { set_shm_route_reconf_flag(uint32_t(v)); }},
+    {"watchdog", "web-server watchdog (0/1)", 0, 1, [](long long v) { shm_set_whatchdog_webs(int(v)); }},
+    {"led-master", "OR bits into the master LED byte", 0, 255, [](long long v) { Ssc_setMasterLed(int(v)); }},
+    {"led-coupling", "OR bits into the coupling LED byte", 0, 255, [](long long v) { Ssc_setCouplingLed(int(v)); }},
+    {"protocol", "redundancy protocol byte", 0, 255, [](long long v) { shm_rdndntSetProtocol(int(v)); }},
+    {"fwem", "firmware emergency flag", 0, 0xffffffffLL, [](long long v) { shm_sysSet_FwEM(uint32_t(v)); }},
+    {"web-max-users", "web session limit", 0, 0xffffffffLL,
+     [](long long v) { shm_sysSet_web_multiSession_maxUser(uint32_t(v)); }},
+    {"con-max-users", "console session limit", 0, 0xffffffffLL,
+     [](long long v) { shm_sysSet_Con_multiSession_maxUser(uint32_t(v)); }},
+    {"sys-timeout", "system time-out", 0, 0xffffffffLL, [](long long v) { shm_sysSet_cf_sys_timeout(uint32_t(v)); }},
+    {"igmp-snooping", "IGMP snooping enable", 0, 0xffffffffLL,
+     [](long long v) { shm_igmpsnoopingSetEnable(uint32_t(v)); }},
 };
 
 std::string setting_names() {

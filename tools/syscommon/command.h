@@ -47,7 +47,7 @@ const std::vector<Group> &groups();
 
 // A decimal number, the whole token ("010" is ten, "0x10" and " 1" are refused), checked
 // against [min, max].
-long parse_number(const std::string &text, std::string_view what, long min, long max);
+long long parse_number(const std::string &text, std::string_view what, long long min, long long max);
 void expect_args(const Args &args, std::size_t min, std::size_t max);
 // Text that is stored or written into a one-line record: 1 to max_length characters, no
 // control characters (a line feed would split the record).

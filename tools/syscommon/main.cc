@@ -58,8 +58,8 @@ Registration::Registration(Group group) { registry().push_back(std::move(group))
 
 const std::vector<Group> &groups() { return registry(); }
 
-long parse_number(const std::string &text, std::string_view what, long min, long max) {
-  long v = 0;
+long long parse_number(const std::string &text, std::string_view what, long long min, long long max) {
+  long long v = 0;
   const char *end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, v, 10);
   if (text.empty() || error != std::errc() || stop != end || v < min || v > max)
