@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/host.h"
+#include "platform/number.h"
 #include "syscommon/hw.h"
 #include "syscommon/netstat.h"
 #include "syscommon/shm.h"
@@ -52,7 +53,7 @@ SYSCOMMON_API uint32_t Get_gpio_state(void) {
   }
   std::array<char, 128> line{};
   if (std::fgets(line.data(), static_cast<int>(line.size()), file.get()) == nullptr) line[0] = '\0';
-  return static_cast<uint32_t>(std::atoi(line.data())) ^ (GPIO_PWR_FLAG[0] | GPIO_PWR_FLAG[1]);
+  return static_cast<uint32_t>(syscommon::device_atoi(line.data())) ^ (GPIO_PWR_FLAG[0] | GPIO_PWR_FLAG[1]);
 }
 
 SYSCOMMON_API int GetGpio_DI(int n) {
@@ -106,7 +107,7 @@ SYSCOMMON_API int WriteToI2c_LED(uint32_t code) {
   std::array<char, 256> line{};
   if (std::fgets(line.data(), static_cast<int>(line.size()), file.get()) == nullptr) line[0] = '\0';
   std::printf("msg = %s\n", line.data());
-  auto value = static_cast<uint32_t>(std::atoi(line.data()));
+  auto value = static_cast<uint32_t>(syscommon::device_atoi(line.data()));
   std::printf("buffer = %d\n", static_cast<int>(value));
   value = on ? value & ~bit : value | bit;
   run_command(format_text(kCommandLimit, "echo %d > %s", static_cast<int>(value), path.c_str()));

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/host.h"
+#include "platform/number.h"
 #include "syscommon/hw.h"
 #include "syscommon/shm.h"
 #include "util/buffer.h"
@@ -91,7 +92,7 @@ SYSCOMMON_API int tarn_ethsw_diag_get(int a, int b) {
   pipe.close();
   // The value is the last line from its eighth character on, in hexadecimal.
   const char *value = strnlen(last.data(), last.size()) > 7 ? last.data() + 7 : "";
-  return static_cast<int>(std::strtol(value, nullptr, 16));
+  return syscommon::device_strtol(value, nullptr, 16);
 }
 
 SYSCOMMON_API int tarn_ethsw_diag_set(int a, int b, int c) {
@@ -120,8 +121,8 @@ SYSCOMMON_API int SsysGetDesignatedMasterAddr(int n, uint8_t *out, int len) {
   if (match != nullptr && len >= 18) {
     std::strncpy(reinterpret_cast<char *>(out), match + kMasterMarkerLen, kMacTextLen);
     out[len - 1] = 0;
-    unsigned b[6] = {};
-    std::sscanf(reinterpret_cast<const char *>(out), "%x:%x:%x:%x:%x:%x", &b[0], &b[1], &b[2], &b[3], &b[4], &b[5]);
+    uint32_t b[6] = {};  // "%x:%x:%x:%x:%x:%x"
+    syscommon::scan_numbers(reinterpret_cast<const char *>(out), ':', 6, 16, b);
     for (int i = 0; i < 6; ++i) out[i] = static_cast<uint8_t>(b[i]);
   }
   return 0;

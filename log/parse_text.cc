@@ -11,6 +11,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/number.h"
 #include "syscommon/log.h"
 #include "syscommon/shm.h"
 
@@ -32,16 +33,23 @@ bool starts_with(const char *text, std::string_view prefix) {
 
 // The date and time that open both forms into year, month, day, hour, min, sec; a
 // firewall line has the priority glued to the date ("<134>2014-03-05").
+// Read as sscanf's "<%*[^:>]>%d-%d-%d" (priority) or "%d-%d-%d", then "%d:%d:%d" would,
+// with the device's 32-bit conversions.
+void scan_three(const char *text, char sep, int *v) {
+  uint32_t got[3] = {};
+  const int n = syscommon::scan_numbers(text, sep, 3, 10, got);
+  for (int i = 0; i < n; ++i) v[i] = static_cast<int>(got[i]);
+}
+
 void scan_date_time(char *&p, bool priority, int (&v)[6]) {
   const char *date = strsep(&p, kDelims);
-  if (date != nullptr) {
-    if (priority)
-      std::sscanf(date, "<%*[^:>]>%d-%d-%d", &v[0], &v[1], &v[2]);
-    else
-      std::sscanf(date, "%d-%d-%d", &v[0], &v[1], &v[2]);
+  if (date != nullptr && priority) {
+    const std::size_t tag = date[0] == '<' ? std::strcspn(date + 1, ":>") : 0;
+    date = tag > 0 && date[1 + tag] == '>' ? date + 2 + tag : nullptr;
   }
+  if (date != nullptr) scan_three(date, '-', v);
   const char *time = strsep(&p, " []");
-  if (time != nullptr) std::sscanf(time, "%d:%d:%d", &v[3], &v[4], &v[5]);
+  if (time != nullptr) scan_three(time, ':', v + 3);
 }
 
 // A firewall line in syslog-text form, read step by step; each step prints its message
@@ -100,9 +108,7 @@ uint32_t scan_proto(const char *text) {
       {"ICMP", 260}, {"TCP", 257}, {"UDPLITE", 259}, {"UDP", 258}, {"AH", 261}, {"ESP", 262}};
   for (const auto &[name, value] : kNames)
     if (starts_with(text, name)) return value;
-  unsigned v = 0;
-  std::sscanf(text, "0x%X", &v);
-  return v;
+  return starts_with(text, "0x") ? syscommon::device_strtoul(text + 2, nullptr, 16) : 0;
 }
 
 bool has_ports(uint32_t proto) { return proto == 257 || proto == 258 || proto == 259; }
@@ -128,7 +134,7 @@ int parse_firewall(char *line, SlogLogEntry &e) {
                                                           : std::strcmp(tok, "tarn_system") == 0 ? 3
                                                                                                  : 4;
   if ((tok = in.next(kDelims, "error: can't get ID.")) == nullptr) return 0;
-  fw.id = static_cast<uint32_t>(std::atoi(tok));
+  fw.id = static_cast<uint32_t>(syscommon::device_atoi(tok));
 
   const char *rest = in.rest();
   if (rest != nullptr && (std::strstr(rest, "mflash") != nullptr || std::strstr(rest, "msyslog") != nullptr ||
@@ -140,8 +146,9 @@ int parse_firewall(char *line, SlogLogEntry &e) {
   }
   if ((tok = in.next("[]:", "error: can't get index.")) == nullptr) return 0;
   if (fw.id == SLOG_FW_POLICY_HIT || fw.id == SLOG_FW_SESSION_FULL) {
-    int rule = 0;
-    if (std::sscanf(tok, "R%d", &rule) != 1) return 0;  // no rule: fails without a message
+    char *stop = nullptr;
+    const int rule = tok[0] == 'R' ? syscommon::device_strtol(tok + 1, &stop, 10) : 0;
+    if (tok[0] != 'R' || stop == tok + 1) return 0;  // no rule: fails without a message
     fw.rule_index = static_cast<uint32_t>(rule);
   }
   if ((tok = in.next(" ", "error: can't get target.")) == nullptr) return 0;
@@ -162,7 +169,7 @@ int parse_firewall(char *line, SlogLogEntry &e) {
     if (has_ports(fw.proto)) {
       if ((val = in.field("SRC_PORT=", "error: can't get source port.", "error: Fail to find SRC_PORT.")) == nullptr)
         return 0;
-      fw.src_port = static_cast<uint32_t>(std::atoi(val));
+      fw.src_port = static_cast<uint32_t>(syscommon::device_atoi(val));
     }
     if ((val = in.field("IN=", "error: can't get input interface.", "error: Fail to find INPUT interface.")) == nullptr)
       return 0;
@@ -174,7 +181,7 @@ int parse_firewall(char *line, SlogLogEntry &e) {
       if ((val = in.field("DST_PORT=", "error: can't get destination port.", "error: Fail to find DST_PORT.")) ==
           nullptr)
         return 0;
-      fw.dst_port = static_cast<uint32_t>(std::atoi(val));
+      fw.dst_port = static_cast<uint32_t>(syscommon::device_atoi(val));
     }
     if ((val = in.field("OUT=", "error: can't get output interface.", "error: Fail to find OUTPUT interface.")) ==
         nullptr)
@@ -238,8 +245,8 @@ SYSCOMMON_API int paserTarnFirewalllog(char *line, SlogLogEntry *entry) {
 SYSCOMMON_API int paserTarnlogIdx(char *text, int *a, int *b) {
   char *rest = text;
   const char *first = strsep(&rest, ",");
-  const int va = first != nullptr ? std::atoi(first) : 0;
-  const int vb = rest != nullptr ? std::atoi(rest) : 0;
+  const int va = first != nullptr ? syscommon::device_atoi(first) : 0;
+  const int vb = rest != nullptr ? syscommon::device_atoi(rest) : 0;
   if (a != nullptr) *a = va;
   if (b != nullptr) *b = vb;
   return vb;

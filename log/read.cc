@@ -11,6 +11,7 @@
 #include "log/files.h"
 #include "log/records.h"
 #include "platform/host.h"
+#include "platform/number.h"
 #include "syscommon/log.h"
 
 namespace {
@@ -50,7 +51,7 @@ SYSCOMMON_API int get_tarn_log_lines(const char *path) {
   if (!wc) return 0;
   std::array<char, 128> line{};
   if (std::fgets(line.data(), static_cast<int>(line.size()), wc.get()) == nullptr) return 0;
-  return std::atoi(line.data());
+  return syscommon::device_atoi(line.data());
 }
 
 SYSCOMMON_API int Read_systemlogfile(SlogLogEntry *entries) {

@@ -10,6 +10,7 @@
 
 #include "log/lookup.h"
 #include "log/render.h"
+#include "platform/number.h"
 #include "util/format.h"
 #include "util/identity.h"
 #include "syscommon/hw.h"
@@ -64,7 +65,7 @@ struct Remapped {
 bool starts_printable(std::string_view s) { return !s.empty() && std::isgraph(static_cast<unsigned char>(s[0])) != 0; }
 
 // A text read as a decimal number the way atoi reads it (0 when it starts with no digits).
-int decimal(const std::string &text) { return static_cast<int>(std::strtol(text.c_str(), nullptr, 10)); }
+int decimal(const std::string &text) { return syscommon::device_atoi(text.c_str()); }
 
 Remapped remap(uint32_t event, uint32_t reason, std::string_view arg) {
   Remapped r{reason, 0, arg};

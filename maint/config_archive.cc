@@ -10,6 +10,7 @@
 
 #include "maint/config_paths.h"
 #include "platform/host.h"
+#include "platform/number.h"
 #include "syscommon/log.h"
 #include "syscommon/maint.h"
 #include "syscommon/util.h"
@@ -109,9 +110,12 @@ SYSCOMMON_API int check_upconfig_checksum(void) {
   char line[256];
   while (std::fgets(line, sizeof line, list.get()) != nullptr) {
     char path[256];
-    unsigned stored = 0;
-    // A line without a path and a value cannot match anything.
-    if (std::sscanf(line, "%255s %x", path, &stored) != 2) return -1;
+    int used = 0;
+    // A line without a path and a value ("%255s %x") cannot match anything.
+    if (std::sscanf(line, "%255s %n", path, &used) != 1) return -1;
+    char *stop = nullptr;
+    const uint32_t stored = syscommon::device_strtoul(line + used, &stop, 16);
+    if (stop == line + used) return -1;
     auto file = syscommon::open_file(path, "r");
     if (!file) {
       std::printf("%s fopen error\n", path);

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "platform/mtd.h"
+#include "platform/number.h"
 #include "syscommon/maint.h"
 #include "syscommon/util.h"
 #include "util/buffer.h"
@@ -56,9 +57,9 @@ uint32_t packed_build_date(std::string_view text) {
   char month[16] = {}, day[16] = {}, year[16] = {}, skipped[16] = {}, time[16] = {};
   std::sscanf(s.c_str(), "%15s %15s %15s %15s %15s", month, day, year, skipped, time);
   time[2] = '\0';
-  const uint32_t y = std::strlen(year) > 2 ? static_cast<uint32_t>(std::atoi(year + 2)) : 0;
+  const uint32_t y = std::strlen(year) > 2 ? static_cast<uint32_t>(syscommon::device_atoi(year + 2)) : 0;
   return (y << 24) + (static_cast<uint32_t>(month_str_to_int(month)) << 16) +
-         (static_cast<uint32_t>(std::atoi(day)) << 8) + static_cast<uint32_t>(std::atoi(time));
+         (static_cast<uint32_t>(syscommon::device_atoi(day)) << 8) + static_cast<uint32_t>(syscommon::device_atoi(time));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/number.h"
 #include "syscommon/maint.h"
 #include "syscommon/netstat.h"
 #include "util/format.h"
@@ -88,7 +89,7 @@ SYSCOMMON_API int setconfig(void *base, const void *value, const CfgFieldDesc *d
   const auto *value_text = static_cast<const char *>(value);
   if (is_integer(d.type)) {
     const std::size_t width = int_width(d.size);
-    const uint32_t v = text != 0 ? static_cast<uint32_t>(std::atoi(value_text)) : load_le(raw, width);
+    const uint32_t v = text != 0 ? static_cast<uint32_t>(syscommon::device_atoi(value_text)) : load_le(raw, width);
     store_le(element(base, d, index), width, v);
     return static_cast<int>(v);
   }
@@ -122,7 +123,7 @@ SYSCOMMON_API int setconfig(void *base, const void *value, const CfgFieldDesc *d
       const BitField f = bit_field(d);
       if (!f.usable) return 0;
       const std::size_t bytes = storage_bytes(index);
-      const uint32_t v = text != 0 ? static_cast<uint32_t>(std::atoi(value_text)) : load_le(raw, bytes);
+      const uint32_t v = text != 0 ? static_cast<uint32_t>(syscommon::device_atoi(value_text)) : load_le(raw, bytes);
       unsigned char *word = static_cast<unsigned char *>(base) + d.offset;
       const uint64_t cleared = load_le(word, bytes) & ~(f.mask << f.shift);
       store_le(word, bytes, static_cast<uint32_t>(cleared + (uint64_t{v} << f.shift)));

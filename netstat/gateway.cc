@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "netstat/internal.h"
+#include "platform/number.h"
 #include "syscommon/netstat.h"
 #include "syscommon/shm.h"
 #include "util/format.h"
@@ -23,7 +24,7 @@ int GetNowDefaultGw(void) {
   if (!f) return -1;
   char head[4] = {};
   if (std::fread(head, 1, 3, f.get()) == 0) return -1;
-  return std::atoi(head);
+  return syscommon::device_atoi(head);
 }
 
 uint32_t GetGWInfo(int w) { return shm_wan_gw(w); }
@@ -73,7 +74,7 @@ int CheckVrrpStatus(int vid, int /*ignored*/, int vrid) {
   char line[64] = "";
   if (!p || std::fgets(line, sizeof line, p.get()) == nullptr) return 0;
   if (std::isdigit(static_cast<unsigned char>(line[0])) == 0) return 0;
-  const int state = std::atoi(line);
+  const int state = syscommon::device_atoi(line);
   return state == 3 ? 0 : state;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <optional>
 
+#include "platform/number.h"
 #include "shm/ifs_tables.h"
 
 using namespace syscommon;
@@ -74,7 +75,7 @@ UsrMatch search_usr_name(bool wan_named, Matches matches) {
   return {i + wans, vlan[i].vid, vlan[i].ip, vlan[i].mask};
 }
 
-int leading_number(const char *text) { return static_cast<int>(std::strtol(text, nullptr, 10)); }
+int leading_number(const char *text) { return syscommon::device_atoi(text); }
 
 uint32_t wan_word(int w, bool follow_droute, std::size_t field) {
   CriticalSection cs(kSystem);

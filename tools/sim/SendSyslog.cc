@@ -16,6 +16,7 @@
 #include "log/files.h"
 #include "log/records.h"
 #include "platform/host.h"
+#include "platform/number.h"
 #include "syscommon/log.h"
 #include "syscommon/util.h"
 
@@ -38,9 +39,9 @@ int main(int argc, char **argv) {
   }
 
   SlogSystemRecord rec{};
-  rec.event_id = static_cast<uint32_t>(std::strtoul(argv[1], nullptr, 10));
-  rec.reason_id = static_cast<uint8_t>(std::strtoul(argv[2], nullptr, 10));
-  const long level = std::strtol(argv[3], nullptr, 10);
+  rec.event_id = syscommon::device_strtoul(argv[1], nullptr, 10);
+  rec.reason_id = static_cast<uint8_t>(syscommon::device_strtoul(argv[2], nullptr, 10));
+  const int32_t level = syscommon::device_strtol(argv[3], nullptr, 10);
   rec.level = static_cast<uint8_t>(level >= 0 && level <= 7 ? level : 6);
   rec.bootup = static_cast<uint32_t>(get_bootup());
   const std::time_t now = std::time(nullptr);
