@@ -19,7 +19,7 @@ LIB_SOURCES = $$(git ls-files '*.cc' | grep -v -E '^(tests|bench)/|_test\.cc$$')
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
 .PHONY: all deps configure build test demo bench sanitize fuzz tidy cppcheck coverage package install clean \
-        arm arm-test arm-package
+        arm arm-test arm-demo arm-package
 
 all: build
 
@@ -68,6 +68,9 @@ arm: deps
 
 arm-test: arm
 	ctest --test-dir $(ARM_BUILD) --output-on-failure -j $(JOBS)
+
+arm-demo: arm
+	tools/demo.sh $(ARM_BUILD)
 
 arm-package: arm
 	cd $(ARM_BUILD) && cpack -G DEB

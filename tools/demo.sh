@@ -22,7 +22,12 @@ if [ -z "${SYSCOMMON_DEMO_INSIDE:-}" ]; then
   exit 1
 fi
 
-export SC="$build/tools/syscommon"
+# The tool and the multicast stand-in; a cross build's run under the emulator (run/).
+if [ -f "$build/run-prefix" ]; then
+  export SC="$build/run/syscommon_tool" MCASTD="$build/run/syscommon_sim_mcastd"
+else
+  export SC="$build/tools/syscommon" MCASTD="$build/tools/syscommon-sim-mcastd"
+fi
 for step in "$here"/demo.d/*.sh; do
   echo
   echo "=== $(sed -n 's/^# step: //p' "$step")"

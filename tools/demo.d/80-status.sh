@@ -21,7 +21,7 @@ printf '192.168.10.2 192\n' >"$SYSCOMMON_ROOT/sim/pim/bsr"
 printf '224.0.0.0 240.0.0.0 192.168.10.2 192 150\n239.1.0.0 255.255.0.0 192.168.30.1 10 150\n' \
   >"$SYSCOMMON_ROOT/sim/pim/rp"
 printf '192.168.10.2 eth0.10 3600 105 1\n' >"$SYSCOMMON_ROOT/sim/pim/neighbor"
-"$(dirname "$SC")/syscommon-sim-mcastd" pim "$SYSCOMMON_ROOT/sim/pim" >/dev/null &
+"$MCASTD" pim "$SYSCOMMON_ROOT/sim/pim" >/dev/null &
 mcastd=$!
 for _ in $(seq 50); do [ -S "$SYSCOMMON_ROOT/mnt/ramdisk/UI2PIM" ] && break; sleep 0.1; done
 run pim bsr

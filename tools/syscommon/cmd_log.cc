@@ -148,10 +148,12 @@ int cmd_export(const Args &a) {
 template <class Launch>
 int report_sent(int event, int reason, Launch launch) {
   const std::string log = device_path("/mnt/log2/KVR900_LOG1");
-  const int before = access(log.c_str(), F_OK) == 0 ? get_tarn_log_lines(log.c_str()) : 0;
+  // Lines in the log so far (`wc -l` would complain about a file not made yet).
+  const auto lines = [&log] { return access(log.c_str(), F_OK) == 0 ? get_tarn_log_lines(log.c_str()) : 0; };
+  const int before = lines();
   const int rc = launch();
   bool stored = false;
-  for (int i = 0; i < 100 && !(stored = get_tarn_log_lines(log.c_str()) > before); ++i)
+  for (int i = 0; i < 100 && !(stored = lines() > before); ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   std::printf("event %d reason %d sent to the log agent (shell status %d), %s\n", event, reason, rc,
               stored ? "stored" : "not stored yet");
