@@ -18,18 +18,16 @@ namespace {
 
 using syscommon::open_file;
 using syscommon::rooted;
-using syscommon::log::read_line;
-using syscommon::log::scan_firewall_line;
-using syscommon::log::scan_system_line;
-using syscommon::log::scan_vpn_line;
 using syscommon::log::SemaphoreHold;
 
 constexpr int kMax = SLOG_MAX_ENTRIES;
 constexpr std::size_t kShortLine = 128;    // system and VPN lines: at most 127 characters
 constexpr std::size_t kFirewallLine = 256;  // firewall lines: at most 255 characters
 
-// Appends the system lines of `file` whose line number is at least `first_line` after
-// entries[0..count), up to kMax lines of the file and kMax entries; returns the new count.
+}  // namespace
+
+namespace syscommon::log {
+
 int read_system_lines(std::FILE *file, SlogLogEntry *entries, int count, int first_line) {
   std::array<char, kShortLine> line{};
   for (int n = 0; n < kMax && count < kMax && read_line(file, line); ++n) {
@@ -41,7 +39,29 @@ int read_system_lines(std::FILE *file, SlogLogEntry *entries, int count, int fir
   return count;
 }
 
-}  // namespace
+int read_vpn_lines(std::FILE *file, SlogVpnRecord *records) {
+  std::array<char, kShortLine> line{};
+  int count = 0;
+  for (int n = 0; n < kMax && read_line(file, line); ++n)
+    if (scan_vpn_line(line.data(), records[count])) ++count;
+  return count;
+}
+
+int read_firewall_lines(std::FILE *file, SlogLogEntry *entries) {
+  std::array<char, kFirewallLine> line{};
+  int parsed = 0;
+  // Each entry stays at the position of its line: a skipped line leaves an empty entry.
+  for (int n = 0; n < kMax && read_line(file, line); ++n) {
+    if (std::isspace(static_cast<unsigned char>(line[0])) != 0) {
+      entries[n] = SlogLogEntry{};
+      continue;
+    }
+    if (scan_firewall_line(line.data(), entries[n])) ++parsed;
+  }
+  return parsed;
+}
+
+}  // namespace syscommon::log
 
 extern "C" {
 
@@ -59,13 +79,13 @@ SYSCOMMON_API int Read_systemlogfile(SlogLogEntry *entries) {
   const bool two_generations = syscommon::path_exists(rooted(syscommon::log::kSystemLog2));
   auto first = open_file(rooted(syscommon::log::kSystemLog1), "r");
   if (!first) return 0;
-  int count = read_system_lines(first.get(), entries, 0, 0);
+  int count = syscommon::log::read_system_lines(first.get(), entries, 0, 0);
   if (!two_generations || count >= kMax) return count;
   // The older generation overlaps the newer one: only its lines past the newer one's
   // length are new.
   auto second = open_file(rooted(syscommon::log::kSystemLog2), "r");
   if (!second) return count;
-  return read_system_lines(second.get(), entries, count, count);
+  return syscommon::log::read_system_lines(second.get(), entries, count, count);
 }
 
 SYSCOMMON_API int Read_ipseclogfile(SlogVpnRecord *records) {
@@ -73,11 +93,7 @@ SYSCOMMON_API int Read_ipseclogfile(SlogVpnRecord *records) {
   SemaphoreHold hold(syscommon::log::kSemVpnLog);
   auto file = open_file(rooted(syscommon::log::kVpnLog), "r");
   if (!file) return 0;
-  std::array<char, kShortLine> line{};
-  int count = 0;
-  for (int n = 0; n < kMax && read_line(file.get(), line); ++n)
-    if (scan_vpn_line(line.data(), records[count])) ++count;
-  return count;
+  return syscommon::log::read_vpn_lines(file.get(), records);
 }
 
 SYSCOMMON_API int Read_firewalllogfile(SlogLogEntry *entries) {
@@ -86,17 +102,7 @@ SYSCOMMON_API int Read_firewalllogfile(SlogLogEntry *entries) {
   auto file = open_file(path, "r");
   if (!file) return 0;
   if (get_tarn_log_lines(path.c_str()) > kMax) return 0;  // shown again once trimmed
-  std::array<char, kFirewallLine> line{};
-  int parsed = 0;
-  // Each entry stays at the position of its line: a skipped line leaves an empty entry.
-  for (int n = 0; n < kMax && read_line(file.get(), line); ++n) {
-    if (std::isspace(static_cast<unsigned char>(line[0])) != 0) {
-      entries[n] = SlogLogEntry{};
-      continue;
-    }
-    if (scan_firewall_line(line.data(), entries[n])) ++parsed;
-  }
-  return parsed;
+  return syscommon::log::read_firewall_lines(file.get(), entries);
 }
 
 SYSCOMMON_API int Read_logfile(SlogLogEntry *entries, int log_type) {

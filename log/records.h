@@ -3,6 +3,7 @@
 #ifndef SYSCOMMON_LOG_RECORDS_H
 #define SYSCOMMON_LOG_RECORDS_H
 
+#include <cstdio>
 #include <ctime>
 #include <string>
 
@@ -49,6 +50,15 @@ bool scan_vpn_line(const char *line, SlogVpnRecord &rec);
 // repeat[%4x]" into a firewall log entry (log_type 2, time in the entry). True when all
 // 33 fields were read; `entry` is cleared first.
 bool scan_firewall_line(const char *line, SlogLogEntry &entry);
+
+// The readers' loops over an open log file (lines cut to each reader's buffer, at most
+// SLOG_MAX_ENTRIES lines and entries). System lines: those numbered `first_line` or later
+// are appended after entries[0..count); returns the new count. VPN lines: the records
+// scanned. Firewall lines: each entry at its line's position, a line starting with white
+// space left empty; returns the lines parsed.
+int read_system_lines(std::FILE *file, SlogLogEntry *entries, int count, int first_line);
+int read_vpn_lines(std::FILE *file, SlogVpnRecord *records);
+int read_firewall_lines(std::FILE *file, SlogLogEntry *entries);
 
 }  // namespace syscommon::log
 

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/host.h"
+#include "syscommon/netstat.h"
 
 namespace syscommon::netstat {
 
@@ -38,6 +39,19 @@ T *allocate_records(long long n) {
   if (n <= 0) return nullptr;
   return static_cast<T *>(std::calloc(static_cast<std::size_t>(n), sizeof(T)));
 }
+
+// The readers' parsing, apart from running the routing shell or opening the daemon's file.
+// Selected routes of a "show ip route" listing (lines of up to 127 characters), at most
+// `capacity`; returns how many were stored.
+int read_routes(std::FILE *listing, RouteRecord *records, int capacity);
+// One line of "show ip ospf neighbor" / "show ip ospf db-tarn" into its record.
+void parse_ospf_neighbor(const char *line, OspfNeighbor &r);
+void parse_ospf_db(const char *line, OspfDbRecord &r);
+// "KEY:VALUE": the key is the text before the first colon (the whole line without one),
+// the value the first word after it; both cut to their fields.
+void split_pair(const char *line, std::span<char> key, std::span<char> value);
+// The LLDP neighbour file's records; Get_lldpinfo's result.
+int read_lldp(std::FILE *file, LldpNeighbor neighbors[LLDP_MAX_NEIGHBORS]);
 
 // Copies `text` into `dst`, cut to dst.size() - 1 characters and terminated.
 void copy_text(std::span<char> dst, const char *text);

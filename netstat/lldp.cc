@@ -5,22 +5,19 @@
 #include <span>
 
 #include "netstat/internal.h"
+#include "platform/number.h"
 #include "syscommon/netstat.h"
 #include "syscommon/util.h"
 
-int Get_lldpinfo(LldpNeighbor neighbors[LLDP_MAX_NEIGHBORS]) {
-  using namespace syscommon;
-  File f = open_file(rooted("/mnt/ramdisk/lldpinfo2"), "r");
-  if (!f) {
-    std::printf("%s, lldp fopen error\n", __func__);
-    return 0;
-  }
+namespace syscommon::netstat {
+
+int read_lldp(std::FILE *file, LldpNeighbor neighbors[LLDP_MAX_NEIGHBORS]) {
   // Keys in the order they are looked for; the first found anywhere in a line is taken.
   static constexpr const char *kKeys[] = {"port:",    "NID:",     "NPort:", "NPORTDESC:",
                                           "NSYSTEM:", "NSYSDESC:", "TIME:", "TTL:"};
   int index = -1;
   char line[512];
-  while (std::fgets(line, sizeof line, f.get()) != nullptr) {
+  while (std::fgets(line, sizeof line, file) != nullptr) {
     if (std::strncmp(line, " ----------", 11) == 0) {
       if (++index >= LLDP_MAX_NEIGHBORS) break;  // a 65th separator ends the reading
       continue;
@@ -35,11 +32,23 @@ int Get_lldpinfo(LldpNeighbor neighbors[LLDP_MAX_NEIGHBORS]) {
       Ssys_stripCR(value);
       Ssys_stripspace(value);
       if (k == 0)
-        n.port = std::atoi(value);
+        n.port = syscommon::device_atoi(value);
       else
-        netstat::copy_text(texts[k - 1], value);
+        copy_text(texts[k - 1], value);
       break;
     }
   }
   return index + 1;
+}
+
+}  // namespace syscommon::netstat
+
+int Get_lldpinfo(LldpNeighbor neighbors[LLDP_MAX_NEIGHBORS]) {
+  using namespace syscommon;
+  File f = open_file(rooted("/mnt/ramdisk/lldpinfo2"), "r");
+  if (!f) {
+    std::printf("%s, lldp fopen error\n", __func__);
+    return 0;
+  }
+  return netstat::read_lldp(f.get(), neighbors);
 }

@@ -13,8 +13,7 @@
 
 namespace {
 
-using namespace syscommon;
-using namespace syscommon::netstat;
+using syscommon::netstat::copy_text;
 
 constexpr int kLineSize = 256;
 
@@ -31,13 +30,36 @@ void split_columns(const char *line, std::initializer_list<std::span<char>> colu
   }
 }
 
-// "KEY:VALUE": the key is the text before the first colon (the whole line without one),
-// the value the first word after it; both cut to their fields.
+}  // namespace
+
+namespace syscommon::netstat {
+
 void split_pair(const char *line, std::span<char> key, std::span<char> value) {
   const char *colon = std::strchr(line, ':');
   copy_text(key, std::string(line, colon != nullptr ? static_cast<std::size_t>(colon - line) : std::strlen(line)).c_str());
   if (colon != nullptr) split_columns(colon + 1, {value});
 }
+
+void parse_ospf_neighbor(const char *line, OspfNeighbor &r) {
+  // The dead time (fourth column) is skipped.
+  char port[32] = "", ifname[32] = "", address[32] = "";
+  split_columns(line, {r.neighbor_id, r.priority, r.state, {}, r.address, port});
+  // "eth0.2:10.0.0.1": the interface before the colon, shown by its user name.
+  split_pair(port, ifname, address);
+  get_shm_usr_interface_name_by_vid(get_shm_vid_by_interface_name(ifname), r.port);
+  r.port[sizeof r.port - 1] = '\0';
+}
+
+void parse_ospf_db(const char *line, OspfDbRecord &r) {
+  split_columns(line, {r.area, r.type, r.link_id, r.adv_router, r.age, r.seq});
+}
+
+}  // namespace syscommon::netstat
+
+namespace {
+
+using namespace syscommon;
+using namespace syscommon::netstat;
 
 // Runs `show` into the scratch files, skips `skip` lines and hands each further line, up
 // to lines - reserve, to `parse`. The readers' shared shape and failure codes.
@@ -100,20 +122,10 @@ int getOSPFIfState(OspfIfState *states) {
 
 int getOSPFNeighborTable(OspfNeighbor **out) {
   return read_table(out, "show ip ospf neighbor", "/mnt/ramdisk/ospf_nt_tmp", "/mnt/ramdisk/ospf_nt_len", 2, 2,
-                    [](const char *line, OspfNeighbor &r) {
-                      // The dead time (fourth column) is skipped.
-                      char port[32] = "", ifname[32] = "", address[32] = "";
-                      split_columns(line, {r.neighbor_id, r.priority, r.state, {}, r.address, port});
-                      // "eth0.2:10.0.0.1": the interface before the colon, shown by its user name.
-                      split_pair(port, ifname, address);
-                      get_shm_usr_interface_name_by_vid(get_shm_vid_by_interface_name(ifname), r.port);
-                      r.port[sizeof r.port - 1] = '\0';
-                    });
+                    parse_ospf_neighbor);
 }
 
 int getOSPFDBTable(OspfDbRecord **out) {
   return read_table(out, "show ip ospf db-tarn", "/mnt/ramdisk/ospf_dt_tmp", "/mnt/ramdisk/ospf_dt_len", 4, 3,
-                    [](const char *line, OspfDbRecord &r) {
-                      split_columns(line, {r.area, r.type, r.link_id, r.adv_router, r.age, r.seq});
-                    });
+                    parse_ospf_db);
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "netstat/internal.h"
+#include "platform/number.h"
 #include "syscommon/netstat.h"
 #include "syscommon/util.h"
 
@@ -69,13 +70,13 @@ bool parse_route(char *line, RouteRecord &r) {
     case 'O':
     case 'R': {  // "[110/20]": the metric starts at the sixth character
       const char *t = strtok_r(nullptr, " ", &save);
-      r.metric = t != nullptr && std::strlen(t) > 5 ? static_cast<uint32_t>(std::atoi(t + 5)) : 0;
+      r.metric = t != nullptr && std::strlen(t) > 5 ? static_cast<uint32_t>(syscommon::device_atoi(t + 5)) : 0;
       r.gateway = gateway_after_one(&save);
       break;
     }
     case 'S': {  // "[1/0]": the distance starts at the second character
       const char *t = strtok_r(nullptr, " ", &save);
-      r.metric = t != nullptr && t[0] != '\0' ? static_cast<uint32_t>(std::atoi(t + 1)) : 0;
+      r.metric = t != nullptr && t[0] != '\0' ? static_cast<uint32_t>(syscommon::device_atoi(t + 1)) : 0;
       r.gateway = gateway_after_one(&save);
       break;
     }
@@ -89,6 +90,23 @@ bool parse_route(char *line, RouteRecord &r) {
 
 }  // namespace
 
+namespace syscommon::netstat {
+
+int read_routes(std::FILE *listing, RouteRecord *records, int capacity) {
+  int n = 0;
+  char line[128];
+  while (n < capacity && std::fgets(line, sizeof line, listing) != nullptr) {
+    if (line[0] == '\0' || line[1] != '>') continue;
+    if (parse_route(line, records[n]))
+      ++n;
+    else
+      records[n] = RouteRecord{};  // the slot is reused by the next route
+  }
+  return n;
+}
+
+}  // namespace syscommon::netstat
+
 int Route_Parser(RouteRecord **out, char code) {
   using namespace syscommon::netstat;
   *out = nullptr;
@@ -100,14 +118,5 @@ int Route_Parser(RouteRecord **out, char code) {
   auto *records = allocate_records<RouteRecord>(capacity);
   if (records == nullptr) return 0;
   *out = records;
-  int n = 0;
-  char line[128];
-  while (n < capacity && std::fgets(line, sizeof line, listing.file.get()) != nullptr) {
-    if (line[0] == '\0' || line[1] != '>') continue;
-    if (parse_route(line, records[n]))
-      ++n;
-    else
-      records[n] = RouteRecord{};  // the slot is reused by the next route
-  }
-  return n;
+  return read_routes(listing.file.get(), records, capacity);
 }

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "platform/host.h"
+#include "platform/number.h"
 #include "platform/process.h"
 #include "util/format.h"
 #include "syscommon/util.h"
@@ -111,7 +112,7 @@ SYSCOMMON_API int check_phy_init(void) {
   }
   std::array<char, 16> line{};
   if (std::fgets(line.data(), static_cast<int>(line.size()), file.get()) == nullptr) return 0;
-  return std::atoi(line.data());
+  return syscommon::device_atoi(line.data());
 }
 
 }  // extern "C"

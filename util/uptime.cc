@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "platform/host.h"
+#include "platform/number.h"
 #include "platform/process.h"
 #include "syscommon/util.h"
 
@@ -28,7 +29,7 @@ SYSCOMMON_API int get_bootup(void) {
     std::printf("get_bootup get nothing");
     return 0;
   }
-  return std::atoi(line.data());
+  return syscommon::device_atoi(line.data());
 }
 
 SYSCOMMON_API int Uptime_to_str(uint32_t seconds, char *text_out) {

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/host.h"
+#include "platform/number.h"
 #include "syscommon/util.h"
 #include "syscommon/vpn.h"
 #include "util/format.h"
@@ -176,7 +177,7 @@ SYSCOMMON_API int get_key_length(int kind, const char *cert) {
   if (!pipe) return 0;
   std::array<char, 8> head{};  // the first 7 characters of the output
   if (std::fgets(head.data(), static_cast<int>(head.size()), pipe.get()) == nullptr) return 0;
-  return std::atoi(head.data());
+  return syscommon::device_atoi(head.data());
 }
 
 SYSCOMMON_API int is_filename_valid(const char *name) {

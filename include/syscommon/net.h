@@ -201,7 +201,9 @@ SYSCOMMON_API int net_Web_CTL_Recv_And_Send_Data(InterfaceSocket *send, Interfac
                                                  net_reply_producer_fn producer);
 /* Older framing in 4096-byte datagrams (byte 0 count, byte 1 more, records from byte 2):
  * gathers records into `buffer` until a datagram without the more flag or a failed
- * receive. Returns the records gathered. */
+ * receive. Returns the records gathered. Unchecked as the framing defines it: `buffer`
+ * must hold every record the sender announces (max_records bounds only the clearing of
+ * the records not yet received), and each receive waits without limit. */
 SYSCOMMON_API int RecvData(int *sock, int ignored, struct sockaddr_un *address, socklen_t *address_length,
                            void *buffer, int record_size, int max_records);
 /* Receives until a transfer arrives, retrying time-outs and failures without limit; clears
