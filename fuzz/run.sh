@@ -19,7 +19,7 @@ for bin in "$build"/fuzz/fuzz_*; do
   log="$build/fuzz-$name.log"
   # Bounded twice: libFuzzer's own total time, and a hard stop a minute beyond it.
   timeout -k 10 $((seconds + 60)) "$here/../tests/launch.sh" "$bin" -max_total_time="$seconds" \
-    -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$findings/$name/" \
+    -timeout=10 -rss_limit_mb=2048 -close_fd_mask=1 -print_final_stats=1 -artifact_prefix="$findings/$name/" \
     "$scratch" "$here/corpus/$name" >"$log" 2>&1
   execs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n1)
   found=$(find "$findings/$name" -type f | wc -l)

@@ -44,9 +44,10 @@ class Regex {
   int rc_;
 };
 
-int whole_text_check(const char *text, const char *pattern) {
+// The fixed patterns are compiled once, on first use, and kept for the process: the C
+// library's matching locks the compiled pattern, so threads may share it.
+int whole_text_check(const char *text, const Regex &re) {
   if (text == nullptr) return -1;
-  Regex re(pattern, REG_EXTENDED | REG_ICASE);
   if (re.compile_result() != 0) return -1;
   return re.exec(text) == 0 ? 1 : -1;
 }
@@ -84,15 +85,21 @@ class GnuRegex {
 
 extern "C" {
 
-SYSCOMMON_API int Ssys_CheckString(const char *text) { return whole_text_check(text, kGeneralPattern); }
+SYSCOMMON_API int Ssys_CheckString(const char *text) {
+  static const Regex general(kGeneralPattern, REG_EXTENDED | REG_ICASE);
+  return whole_text_check(text, general);
+}
 
-SYSCOMMON_API int Ssys_CheckString_banner(const char *text) { return whole_text_check(text, kBannerPattern); }
+SYSCOMMON_API int Ssys_CheckString_banner(const char *text) {
+  static const Regex banner(kBannerPattern, REG_EXTENDED | REG_ICASE);
+  return whole_text_check(text, banner);
+}
 
 SYSCOMMON_API int Ssys_CheckStringHostname(const char *text) {
   if (text == nullptr) return -1;
-  GnuRegex re(kHostnamePattern, kHostnameSyntax);
-  if (!re.ok()) return -1;
-  return re.match(text);
+  static GnuRegex hostname(kHostnamePattern, kHostnameSyntax);
+  if (!hostname.ok()) return -1;
+  return hostname.match(text);
 }
 
 SYSCOMMON_API int Ssys_CheckStringRegex(const char *text, const char *pattern, const int *options) {
