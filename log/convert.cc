@@ -8,6 +8,7 @@
 
 #include "log/lookup.h"
 #include "log/render.h"
+#include "platform/number.h"
 #include "util/format.h"
 #include "syscommon/log.h"
 
@@ -19,8 +20,8 @@ void convert(const SlogLogEntry &e, int log_type, SlogTextEntry &t, syscommon::l
   t.min = e.min;
   t.hour = e.hour;
   t.day = e.day;
-  t.month = e.mon + 1;
-  t.year = e.year + 1900;
+  t.month = syscommon::wrapping_add(e.mon, 1);
+  t.year = syscommon::wrapping_add(e.year, 1900);
   t.level = e.level;
   t.log_type = log_type;
   switch (log_type) {

@@ -9,6 +9,7 @@
 #include "log/lookup.h"
 #include "log/render.h"
 #include "platform/host.h"
+#include "platform/number.h"
 #include "util/format.h"
 #include "syscommon/log.h"
 #include "syscommon/util.h"
@@ -73,8 +74,9 @@ SYSCOMMON_API int Write_Log_File(FILE *file, int count, const SlogSystemRecord *
       file);
   for (int n = 0; n < count; ++n) {
     const SlogSystemRecord &r = records[n];
-    DateTime d = padded(r.year + 1900, r.mon + 1, r.day, r.hour, r.min, r.sec);
-    std::snprintf(d.date, sizeof d.date, "%d/%d/%d", r.year + 1900, r.mon + 1, r.day);  // not zero-filled here
+    const int year = syscommon::wrapping_add(r.year, 1900), month = syscommon::wrapping_add(r.mon, 1);
+    DateTime d = padded(year, month, r.day, r.hour, r.min, r.sec);
+    std::snprintf(d.date, sizeof d.date, "%d/%d/%d", year, month, r.day);  // not zero-filled here
     char uptime[16] = {};
     char event[128] = {};
     Uptime_to_str(r.uptime, uptime);
@@ -91,7 +93,8 @@ SYSCOMMON_API int Write_IPsec_Log_File(FILE *file, int count, const SlogVpnRecor
   std::fputs(kVpnHeader, file);
   for (int n = 0; n < count; ++n) {
     const SlogVpnRecord &r = records[n];
-    const DateTime d = padded(r.year + 1900, r.mon + 1, r.day, r.hour, r.min, r.sec);
+    const DateTime d =
+        padded(syscommon::wrapping_add(r.year, 1900), syscommon::wrapping_add(r.mon, 1), r.day, r.hour, r.min, r.sec);
     std::fprintf(file, "%-10d%-15s%-13s[%s] %s\r\n", n + 1, d.date, d.time, r.text, slog::vpn_description(r.code));
     if (!write_separator(file)) return -1;
   }
@@ -104,8 +107,8 @@ SYSCOMMON_API int Write_Firewall_Log_File(FILE *file, int count, SlogLogEntry *e
   slog::NameCache names;
   for (int n = 0; n < count; ++n) {
     SlogLogEntry &e = entries[n];
-    e.year += 1900;  // in the caller's array, as the device does
-    e.mon += 1;
+    e.year = syscommon::wrapping_add(e.year, 1900);  // in the caller's array, as the device does
+    e.mon = syscommon::wrapping_add(e.mon, 1);
     const DateTime d = padded(e.year, e.mon, e.day, e.hour, e.min, e.sec);
     char text[256] = {};
     slog::append_firewall_text(e, text, &names);

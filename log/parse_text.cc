@@ -117,8 +117,8 @@ int parse_firewall(char *line, SlogLogEntry &e) {
   FirewallLine in(line);
   int v[6] = {};
   scan_date_time(in.cursor(), true, v);
-  e.year = v[0] - 1900;  // a log entry keeps broken-down time
-  e.mon = v[1] - 1;
+  e.year = syscommon::wrapping_add(v[0], -1900);  // a log entry keeps broken-down time
+  e.mon = syscommon::wrapping_add(v[1], -1);
   e.day = v[2];
   e.hour = v[3];
   e.min = v[4];

@@ -26,6 +26,12 @@ inline int device_atoi(const char *text) { return device_strtol(text, nullptr, 1
 // missing and returns how many numbers were stored; the others keep their values.
 int scan_numbers(const char *text, char sep, int count, int base, uint32_t *out);
 
+// a + b in the device's 32-bit int, wrapping as its arithmetic does instead of
+// overflowing (the year and month offsets of records whose fields came from outside).
+inline int32_t wrapping_add(int32_t a, int32_t b) {
+  return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+
 }  // namespace syscommon
 
 #endif
