@@ -1,6 +1,8 @@
 // Configuration export and import: the archive of the configuration directory with its
 // checksum list, the import check, the command-line parser's imports, the log-export file
 // and the stored password.
+#include <sys/stat.h>
+
 #include <cctype>
 #include <cstdint>
 #include <cstdio>
@@ -121,6 +123,10 @@ SYSCOMMON_API int check_upconfig_checksum(void) {
       std::printf("%s fopen error\n", path);
       return -1;
     }
+    // Only a regular file has a sum: a device such as /dev/zero would be read without end
+    // and a FIFO would wait for a writer, so anything else counts as a sum that differs.
+    struct stat st {};
+    if (fstat(fileno(file.get()), &st) != 0 || !S_ISREG(st.st_mode)) return -1;
     if (whole_file_sum(file.get()) + 1 != stored) return -1;
   }
   return 1;

@@ -122,6 +122,8 @@ TEST_F(ConfigArchive, ImportCheckRefusals) {
       {"a listed member missing", "rm system.cfg.gzip", 1, staging_ + "/system.cfg.gzip fopen error\n"},
       {"garbage checksum list", "echo 'not a list' > CFG_SUM", 1, ""},
       {"no checksum list", "rm CFG_SUM", 1, "check_upconfig_checksum fopen error"},
+      // Zeros sum to 0 (stored as 1), but a device is never read: it would not end.
+      {"a device listed", "echo '/dev/zero 1' >> CFG_SUM", 1, ""},
       {"sums stored without their offset of 1",
        "while read p v; do printf '%s %x\\n' $p $((0x$v - 1)); done < CFG_SUM > S && mv S CFG_SUM", 1, ""},
       // Only listed files are checked, and an empty list checks nothing: both pass.

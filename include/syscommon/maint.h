@@ -153,7 +153,9 @@ SYSCOMMON_API int Ssys_getCpuFreq(void);
 SYSCOMMON_API int make_configuration_file(void);
 /* Checks every CFG_SUM line: 1 all match (an empty list too); -1 when the list is missing
  * ("check_upconfig_checksum fopen error"), a listed file is missing ("%s fopen error\n"),
- * a line holds no path and hexadecimal value, or a sum differs. */
+ * a line holds no path and hexadecimal value, or a sum differs. A listed path that is not
+ * a regular file (a device, a FIFO, a directory) counts as a differing sum: it is not read,
+ * so a list naming /dev/zero cannot keep the import reading for ever. */
 SYSCOMMON_API int check_upconfig_checksum(void);
 /* Unpacks the archive from the working directory "/" (which stays the working directory),
  * checks it, sets *error to 1 on a failed check and reports event 19 (failed) or 21
