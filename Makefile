@@ -5,6 +5,7 @@ FUZZ_BUILD ?= build-fuzz
 COVERAGE_BUILD ?= build-coverage
 ARM_BUILD ?= build-arm
 FUZZ_SECONDS ?= 60
+FUZZ_TARGETS ?=
 JOBS ?= $(shell nproc)
 DEB_PACKAGES := cmake make g++ gcc pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
                 util-linux iproute2 procps psmisc openssl busybox
@@ -94,7 +95,7 @@ fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSYSCOMMON_FUZZ=ON \
 	  -DSYSCOMMON_TESTS=OFF -DSYSCOMMON_BENCH=OFF
 	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target syscommon_fuzzers
-	fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
+	fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS) $(FUZZ_TARGETS)
 
 tidy: configure
 	$(call install_missing,$(ANALYSIS_PACKAGES))
