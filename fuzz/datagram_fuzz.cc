@@ -66,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   auto transfer = datagrams;
   transfer.emplace_back(reinterpret_cast<uint8_t *>(&closing), reinterpret_cast<uint8_t *>(&closing) + NET_MSG_HEADER_SIZE);
   if (send_all(pair.sender, transfer)) {
-    const std::size_t capacity = (options >> 2) * 97;  // 0 .. 6111 bytes
+    const std::size_t capacity = static_cast<std::size_t>(options >> 2) * 97;  // 0 .. 6111 bytes
     const auto buffer = std::make_unique<uint8_t[]>(std::max<std::size_t>(capacity, 1));
     const int records = syscommon::net::receive_transfer(&ep, buffer.get(), capacity, nullptr);
     if (records < 0) __builtin_trap();  // nothing can time out here
