@@ -15,8 +15,10 @@
 
 namespace syscommon::fuzz {
 
+// Up to the first NUL byte (the whole input without one).
 inline std::string text_of(const uint8_t *data, std::size_t size) {
-  return std::string(reinterpret_cast<const char *>(data), size).c_str();  // up to the first NUL
+  const std::string_view all(reinterpret_cast<const char *>(data), size);
+  return std::string(all.substr(0, all.find('\0')));
 }
 
 // Two texts from one input, split at its first NUL byte (the second empty without one).
@@ -24,7 +26,8 @@ inline std::pair<std::string, std::string> two_texts_of(const uint8_t *data, std
   const std::string_view all(reinterpret_cast<const char *>(data), size);
   const std::size_t cut = all.find('\0');
   if (cut == std::string_view::npos) return {std::string(all), std::string()};
-  return {std::string(all.substr(0, cut)), std::string(all.substr(cut + 1)).c_str()};
+  const std::string_view rest = all.substr(cut + 1);
+  return {std::string(all.substr(0, cut)), std::string(rest.substr(0, rest.find('\0')))};
 }
 
 // The input as a read-only stream in memory (the bytes are copied: the stream outlives
