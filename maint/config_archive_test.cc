@@ -1,6 +1,7 @@
 // Configuration export and import with the real tar and gzip on the simulated root: the
 // round trip, the exact commands, every tampering the import check must refuse, the
 // parser's imports, the password file and the boot loader's version text in flash.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -142,6 +143,26 @@ TEST_F(ConfigArchive, ImportCheckRefusals) {
   EXPECT_EQ(event, "SendSyslog 19 0 4 &");
 }
 
+// An export stops at the first file whose packed form cannot be opened (the packer failed)
+// and when the RAM disk has no room for the listing: -1, and no archive.
+TEST_F(ConfigArchive, ExportFailures) {
+  write_stub("tar", "exit 2\n");
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(make_configuration_file(), -1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "/mnt/ramdisk/cfg_tmp/system.cfg.gzip fopen error\n");
+  EXPECT_NE(trace_lines().back().find("system.cfg.gzip"), std::string::npos) << "nothing run after it";
+  EXPECT_FALSE(std::filesystem::exists(archive_));
+  std::filesystem::remove(sim_path("/bin/tar"));
+
+  const std::string ramdisk = sim_path("/mnt/ramdisk");
+  std::filesystem::rename(ramdisk, ramdisk + ".away");
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(make_configuration_file(), -1);
+  const std::string out = testing::internal::GetCapturedStdout();
+  std::filesystem::rename(ramdisk + ".away", ramdisk);
+  EXPECT_EQ(out, "/mnt/ramdisk/CFG_FILE_NAME fopen error\n");
+}
+
 TEST_F(ConfigArchive, ParserImports) {
   const std::string parser = sim_path("/lumenP/cli/tarn_parser"), args = sim_path("/tmp/tarn_parser.args");
   const std::string status = sim_path("/var/sim/tarn_parser.status");
@@ -198,6 +219,12 @@ TEST_F(ConfigArchive, PasswordAndLogFile) {
   EXPECT_EQ(make_log_file(), 0);
   EXPECT_EQ(read_file(log), "");
   EXPECT_EQ(trace_lines(), std::vector<std::string>{log});
+  ASSERT_EQ(unlink(log.c_str()), 0);
+  ASSERT_EQ(mkdir(log.c_str(), 0755), 0);  // a directory in the file's place
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(make_log_file(), -1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "/mnt/ramdisk/TARN_LOG.ini fopen error\n");
+  rmdir(log.c_str());
 }
 
 TEST(RecordTables, CompactDeleteAndCount) {
