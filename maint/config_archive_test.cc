@@ -122,6 +122,7 @@ TEST_F(ConfigArchive, ImportCheckRefusals) {
        ""},
       {"a listed member missing", "rm system.cfg.gzip", 1, staging_ + "/system.cfg.gzip fopen error\n"},
       {"garbage checksum list", "echo 'not a list' > CFG_SUM", 1, ""},
+      {"paths without their sums", "sed -i 's/ .*//' CFG_SUM", 1, ""},
       {"no checksum list", "rm CFG_SUM", 1, "check_upconfig_checksum fopen error"},
       {"sums stored without their offset of 1",
        "while read p v; do printf '%s %x\\n' $p $((0x$v - 1)); done < CFG_SUM > S && mv S CFG_SUM", 1, ""},
@@ -199,7 +200,8 @@ TEST_F(ConfigArchive, PasswordAndLogFile) {
     int length;
     std::string password;
   } cases[] = {{"pass=abc123", 7, "=abc123"}, {"pwd=abc123\n", 6, "abc123"}, {"pwd=ab c12", 2, "ab"},
-               {"abcdef", 2, "ef"},           {"ab", 0, ""},                {"", 0, ""}};
+               {"abcdef", 2, "ef"},           {"ab", 0, ""},                {"", 0, ""},
+               {"pwd=" + std::string(200, 'x'), 123, std::string(123, 'x')}};  // cut at the 128-byte token
   for (const auto &c : cases) {
     write_file(file, c.content);
     char text[128] = "stale";
