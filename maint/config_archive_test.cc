@@ -1,6 +1,7 @@
 // Configuration export and import with the real tar and gzip on the simulated root: the
 // round trip, the exact commands, every tampering the import check must refuse, the
 // parser's imports, the password file and the boot loader's version text in flash.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -121,6 +122,7 @@ TEST_F(ConfigArchive, ImportCheckRefusals) {
        ""},
       {"a listed member missing", "rm system.cfg.gzip", 1, staging_ + "/system.cfg.gzip fopen error\n"},
       {"garbage checksum list", "echo 'not a list' > CFG_SUM", 1, ""},
+      {"paths without their sums", "sed -i 's/ .*//' CFG_SUM", 1, ""},
       {"no checksum list", "rm CFG_SUM", 1, "check_upconfig_checksum fopen error"},
       // Zeros sum to 0 (stored as 1), but a device is never read: it would not end.
       {"a device listed", "echo '/dev/zero 1' >> CFG_SUM", 1, ""},
@@ -142,6 +144,26 @@ TEST_F(ConfigArchive, ImportCheckRefusals) {
   const auto [error, event] = import();
   EXPECT_EQ(error, 1);
   EXPECT_EQ(event, "SendSyslog 19 0 4 &");
+}
+
+// An export stops at the first file whose packed form cannot be opened (the packer failed)
+// and when the RAM disk has no room for the listing: -1, and no archive.
+TEST_F(ConfigArchive, ExportFailures) {
+  write_stub("tar", "exit 2\n");
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(make_configuration_file(), -1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "/mnt/ramdisk/cfg_tmp/system.cfg.gzip fopen error\n");
+  EXPECT_NE(trace_lines().back().find("system.cfg.gzip"), std::string::npos) << "nothing run after it";
+  EXPECT_FALSE(std::filesystem::exists(archive_));
+  std::filesystem::remove(sim_path("/bin/tar"));
+
+  const std::string ramdisk = sim_path("/mnt/ramdisk");
+  std::filesystem::rename(ramdisk, ramdisk + ".away");
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(make_configuration_file(), -1);
+  const std::string out = testing::internal::GetCapturedStdout();
+  std::filesystem::rename(ramdisk + ".away", ramdisk);
+  EXPECT_EQ(out, "/mnt/ramdisk/CFG_FILE_NAME fopen error\n");
 }
 
 TEST_F(ConfigArchive, ParserImports) {
@@ -180,7 +202,8 @@ TEST_F(ConfigArchive, PasswordAndLogFile) {
     int length;
     std::string password;
   } cases[] = {{"pass=abc123", 7, "=abc123"}, {"pwd=abc123\n", 6, "abc123"}, {"pwd=ab c12", 2, "ab"},
-               {"abcdef", 2, "ef"},           {"ab", 0, ""},                {"", 0, ""}};
+               {"abcdef", 2, "ef"},           {"ab", 0, ""},                {"", 0, ""},
+               {"pwd=" + std::string(200, 'x'), 123, std::string(123, 'x')}};  // cut at the 128-byte token
   for (const auto &c : cases) {
     write_file(file, c.content);
     char text[128] = "stale";
@@ -200,6 +223,12 @@ TEST_F(ConfigArchive, PasswordAndLogFile) {
   EXPECT_EQ(make_log_file(), 0);
   EXPECT_EQ(read_file(log), "");
   EXPECT_EQ(trace_lines(), std::vector<std::string>{log});
+  ASSERT_EQ(unlink(log.c_str()), 0);
+  ASSERT_EQ(mkdir(log.c_str(), 0755), 0);  // a directory in the file's place
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(make_log_file(), -1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "/mnt/ramdisk/TARN_LOG.ini fopen error\n");
+  rmdir(log.c_str());
 }
 
 TEST(RecordTables, CompactDeleteAndCount) {

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <random>
 #include <string>
 #include <tuple>
@@ -190,14 +191,21 @@ TEST_F(Firmware, WriteProgramFailures) {
   EXPECT_NE(out.find("fis_writeBuf line "), std::string::npos);
 }
 
-TEST_F(Firmware, CombinedImageAndBootLoader) {
+// A combined boot loader + firmware image; its checksum is right unless `sum_error` is given.
+Bytes make_combined(uint32_t &sum, uint32_t sum_error = 0) {
   Bytes img = random_bytes(FW_COMBINED_FS_OFFSET + kFsSize, 11);
   for (std::size_t w = 0; w < 8; ++w) put_be(img, FW_COMBINED_HEADER_OFFSET + 4 * w, 0);
   put_be(img, FW_COMBINED_HEADER_OFFSET, FW_KERNEL_SIZE);
   put_be(img, FW_COMBINED_HEADER_OFFSET + 4, kFsSize);
-  uint32_t sum = reference_sum(img.data() + FW_COMBINED_KERNEL_OFFSET, 0x3FFFE0) +
-                 reference_sum(img.data() + FW_COMBINED_FS_OFFSET, kFsSize);
-  put_be(img, FW_COMBINED_HEADER_OFFSET + 16, sum + 1);
+  sum = reference_sum(img.data() + FW_COMBINED_KERNEL_OFFSET, 0x3FFFE0) +
+        reference_sum(img.data() + FW_COMBINED_FS_OFFSET, kFsSize);
+  put_be(img, FW_COMBINED_HEADER_OFFSET + 16, sum + sum_error);
+  return img;
+}
+
+TEST_F(Firmware, CombinedImageAndBootLoader) {
+  uint32_t sum = 0;
+  Bytes img = make_combined(sum, 1);
   testing::internal::CaptureStdout();
   EXPECT_EQ(Ssys_write_bios_fw(img.data()), -1);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), " header->check_sum = " + std::to_string(int(sum + 1)) +
@@ -227,6 +235,65 @@ TEST_F(Firmware, CombinedImageAndBootLoader) {
   boot = partition(0);
   EXPECT_EQ(std::count(boot.begin(), boot.begin() + 1000, 0x5A), 1000);
   EXPECT_EQ(std::count(boot.begin() + 1000, boot.begin() + FW_BIOS_SIZE, 0), FW_BIOS_SIZE - 1000);
+}
+
+// Each partition that cannot be written stops the combined upgrade at its stage: its error
+// line ends the output and the later stages never start.
+TEST_F(Firmware, CombinedImageWriteFailures) {
+  uint32_t sum = 0;
+  const Bytes img = make_combined(sum);
+  const std::string mtd2 = sim_path("/dev/mtd2");
+  const struct {
+    const char *stage;
+    std::function<void()> break_it;
+  } cases[] = {
+      {"BIOS", [] { unlink(sim_path("/dev/mtd0").c_str()); }},
+      {"KERNEL", [] { unlink(sim_path("/dev/mtd1").c_str()); }},
+      {"FS", [&] { ASSERT_EQ(truncate(mtd2.c_str(), kFsSize / 2), 0); }},  // short write
+  };
+  for (const auto &c : cases) {
+    reset_flash();
+    c.break_it();
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(Ssys_write_bios_fw(img.data()), -1) << c.stage;
+    const std::string out = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(out.ends_with("\n" + std::string(c.stage) + " Upgrade Error")) << c.stage << ": " << out.substr(0, 80);
+    EXPECT_EQ(out.find("\nUp OK!"), std::string::npos);
+  }
+  EXPECT_TRUE(partition(2).size() == kFsSize / 2) << "a partition is never grown";
+
+  // The boot loader from its file onto a partition 0 that is missing.
+  reset_flash();
+  write_file(sim_path("/etc/u-boot.bos"), std::string(1000, '\x5A'));
+  unlink(sim_path("/dev/mtd0").c_str());
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(Ssys_write_bios(), -1);
+  EXPECT_TRUE(testing::internal::GetCapturedStdout().ends_with("\nBIOS Upgrade Error"));
+}
+
+// The version record read back from a kernel partition that is missing, and the header
+// written into an upload file at its base offset.
+TEST_F(Firmware, VersionRecordAndHeaderFileFailures) {
+  unlink(sim_path("/dev/mtd1").c_str());
+  FwHeader h{};
+  h.fw_version = 7;
+  EXPECT_EQ(Read_FW_Info(&h), -1);
+  EXPECT_EQ(h.fw_version, 7u) << "left as it was";
+  uint32_t version = 9;
+  EXPECT_EQ(Ssys_getFwVersion(&version), 0);
+  EXPECT_EQ(version, 0u);
+
+  const std::string file = sim_path("/mnt/ramdisk/fwUpload");
+  write_file(file, std::string(FW_KERNEL_SIZE + 64, '\0'));
+  const char header[4] = {'H', 'D', 'R', '!'};
+  EXPECT_EQ(Write_Header_To_Flash_tmp(header, file.c_str(), 4, 16), 0);
+  const std::string back = read_file(file);
+  EXPECT_EQ(back.size(), FW_KERNEL_SIZE + 64u);
+  EXPECT_EQ(back.substr(FW_KERNEL_SIZE + 16, 4), "HDR!");
+  const std::string missing = sim_path("/mnt/ramdisk/none/fwUpload");
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(Write_Header_To_Flash_tmp(header, missing.c_str(), 4, 0), -1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), missing + " fopen error\n");
 }
 
 TEST_F(Firmware, VersionTexts) {

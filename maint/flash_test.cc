@@ -90,6 +90,14 @@ TEST_F(Flash, WriteFromUploadFile) {
   Bytes p = load(1);
   EXPECT_TRUE(std::equal(file.begin() + 7, file.begin() + 7 + (2l << 20) + 3, p.begin()));
   EXPECT_EQ(p[2 * 1024 * 1024 + 3], 0xFF);
+  EXPECT_EQ(fis_writeBuf_tmp(0, 100, FIS_FLAG_VERIFY | FIS_FLAG_ERASE_ONLY, 1), 0);  // erased only
+  p = load(1);
+  EXPECT_EQ(std::count(p.begin(), p.end(), 0xFF), static_cast<long>(p.size()));
+  truncate(mtd(0).c_str(), 5 * E);  // smaller than the boot-loader area: the erase fails
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(fis_writeBuf_tmp(0, 100, FIS_FLAG_VERIFY, 0), -1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout().substr(0, 16), "......fis_erase ");
+  EXPECT_EQ(load(0).size(), 5 * E);
   write_file(upload, "");  // an empty upload: erased, nothing programmed
   EXPECT_EQ(fis_writeBuf_tmp(0, 100, FIS_FLAG_VERIFY, 1), 0);
   p = load(1);
@@ -115,6 +123,37 @@ TEST_F(Flash, ReadModifyWriteAcrossABlockBoundary) {
   std::copy(data.begin(), data.end(), expect.begin() + start);
   std::copy(kernel_.begin() + 2 * E + 100, kernel_.begin() + 2 * E + 200, expect.begin() + 2 * E + 100);
   EXPECT_TRUE(load(1) == expect);
+}
+
+// Descriptors that erase cannot use: no partition behind them (the geometry request fails)
+// or opened read-only (the erase fails); and a start at the partition's end, whose block
+// cannot be read. Each is refused with its failure line, nothing erased.
+TEST_F(Flash, EraseRefusals) {
+  const Bytes data = random_bytes(16, 1);
+  const int none = open("/dev/null", O_RDWR);
+  const int read_only = open(mtd(1).c_str(), O_RDONLY);
+  const int rw = open(mtd(1).c_str(), O_RDWR);
+  ASSERT_GE(none, 0);
+  ASSERT_GE(read_only, 0);
+  ASSERT_GE(rw, 0);
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(fis_erase(none, 0, 1), -1);
+  EXPECT_EQ(flash_erase_to_write(none, 0, 0, 16, data.data(), 16), -1);
+  EXPECT_EQ(fis_erase(read_only, 1, 1), -1);
+  EXPECT_EQ(flash_erase_to_write(read_only, 0, 100, 16, data.data(), 16), -1);
+  EXPECT_EQ(flash_erase_to_write(rw, 0, 4 << 20, 16, data.data(), 16), -1);
+  const std::string out = testing::internal::GetCapturedStdout();
+  for (int fd : {none, read_only, rw}) close(fd);
+  std::vector<std::string> lines;
+  for (std::size_t at = 0, end; (end = out.find('\n', at)) != std::string::npos; at = end + 1) {
+    const std::string line = out.substr(at, end - at);
+    lines.push_back(line.substr(0, line.find(" line ")));  // the function's name only
+  }
+  EXPECT_EQ(lines, (std::vector<std::string>{"fis_erase", "flash_erase_to_write", ".fis_erase",
+                                             "start = 100, erase.start = 0", ".flash_erase_to_write",
+                                             "start = 4194304, erase.start = 4194304", "flash_erase_to_write"}))
+      << out;
+  EXPECT_TRUE(load(1) == kernel_);
 }
 
 TEST_F(Flash, RecordNearTheEndAndTheEndOfTestFlag) {

@@ -94,6 +94,26 @@ TEST_F(UsbBackup, NoStickMountsNothing) {
   EXPECT_EQ(access(point_.c_str(), F_OK), -1);
 }
 
+// Without the RAM disk nothing can be detected, entered or created: the device is taken
+// as absent (mount without a device) and each directory that cannot be made is reported.
+TEST_F(UsbBackup, NoRamDisk) {
+  const std::string ramdisk = sim_path("/mnt/ramdisk");
+  std::filesystem::rename(ramdisk, ramdisk + ".away");
+  clear_trace();
+  testing::internal::CaptureStdout();
+  xbk02_run(0);
+  const std::string attach = testing::internal::GetCapturedStdout();
+  const std::vector<std::string> trace = trace_lines();
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(copy_configure_file_to_usb_date(), 0);
+  const std::string dated = testing::internal::GetCapturedStdout();
+  std::filesystem::rename(ramdisk + ".away", ramdisk);
+  EXPECT_EQ(attach, "Can't Create'usb_tarn'Can't Create 'tarn'");
+  ASSERT_EQ(trace.size(), 3u);
+  EXPECT_EQ(trace[2], "mount -o sync  " + point_);
+  EXPECT_EQ(dated, "\ncopy_configure_file_to_usb_date()\nCan't Create 'tarn'");
+}
+
 TEST(LocalTime, ZoneRulesReadAgain) {
   const std::string zone = "/usr/share/zoneinfo/Asia/Tokyo";
   if (access(zone.c_str(), R_OK) != 0) GTEST_SKIP() << "no zone file " << zone;

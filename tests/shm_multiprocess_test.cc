@@ -17,7 +17,9 @@
 namespace {
 
 using namespace std::chrono_literals;
+using syscommon::testing::read_file;
 using syscommon::testing::wait_for;
+using syscommon::testing::write_file;
 
 class MultiProcessTest : public ::testing::Test {
  protected:
@@ -89,6 +91,31 @@ TEST_F(MultiProcessTest, ProcessKilledHoldingALockReleasesIt) {
     waitpid(holder, nullptr, 0);
     EXPECT_EQ(wait_for(blocked, 5s), 0) << "the segment stayed locked";
   }
+}
+
+// With the semaphore and segment tables of the namespace full, the primitives report the
+// failures and still hand out a writable pointer (a scratch page): they never leave it
+// unset, since no caller checks their results.
+TEST_F(MultiProcessTest, FullIpcTablesStillGiveAPointer) {
+  const std::string sem_limits = "/proc/sys/kernel/sem", shm_limit = "/proc/sys/kernel/shmmni";
+  const std::string saved_sem = read_file(sem_limits), saved_shm = read_file(shm_limit);
+  write_file(sem_limits, "32000 1024000000 500 0");  // no further semaphore set
+  write_file(shm_limit, "0");                        // no further segment
+  testing::internal::CaptureStderr();
+  void *ptr = nullptr;
+  const int entered = shm_enterCS(4242, 4243, &ptr, 64);
+  if (ptr != nullptr) static_cast<uint8_t *>(ptr)[63] = 1;
+  const int left = shm_leaveCS(4242, 4243, &ptr);
+  const int initialised = Semaphore_init(4242);
+  const std::string err = testing::internal::GetCapturedStderr();
+  write_file(sem_limits, saved_sem);
+  write_file(shm_limit, saved_shm);
+  EXPECT_EQ(entered, -1);
+  EXPECT_EQ(left, -1);
+  EXPECT_EQ(initialised, -1);
+  EXPECT_EQ(ptr, nullptr) << "cleared on leaving";
+  EXPECT_NE(err.find("syscommon: semget(key 4242) failed: errno 28\n"), std::string::npos) << err;
+  EXPECT_NE(err.find("syscommon: shmat(key 4243) failed"), std::string::npos) << err;
 }
 
 }  // namespace
