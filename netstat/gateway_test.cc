@@ -17,13 +17,7 @@ using syscommon::testing::read_file;
 using syscommon::testing::sim_path;
 using syscommon::testing::write_file;
 
-class GatewayTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    SYSCOMMON_REQUIRE_ISOLATION();
-    syscommon::testing::publish_test_interfaces();
-  }
-};
+using GatewayTest = syscommon::testing::NetstatStoreTest;
 
 TEST_F(GatewayTest, PppPeerAddress) {
   const std::tuple<std::string, int, std::string> rows[] = {
