@@ -119,9 +119,7 @@ TEST_F(GatewayTest, LldpNeighbours) {
     EXPECT_EQ(std::strlen(n[63].nsystem), 255u);
   }
   unlink(sim_path("/mnt/ramdisk/lldpinfo2").c_str());
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(Get_lldpinfo(n), 0);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Get_lldpinfo, lldp fopen error\n");
+  EXPECT_EQ(syscommon::testing::stdout_of([&] { EXPECT_EQ(Get_lldpinfo(n), 0); }), "Get_lldpinfo, lldp fopen error\n");
 }
 
 }  // namespace
