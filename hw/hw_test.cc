@@ -55,9 +55,7 @@ TEST_F(Hardware, VersionFiles) {
     EXPECT_EQ(Get_HW_version(), version) << text;
   }
   std::remove(hw.c_str());
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(Get_HW_version(), 2);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "eeprom fopen error\n");
+  EXPECT_EQ(stdout_of([] { EXPECT_EQ(Get_HW_version(), 2); }), "eeprom fopen error\n");
   EXPECT_EQ(Ssys_getCpuFreq(), 500);
   std::remove(cpu.c_str());
   EXPECT_EQ(Ssys_getCpuFreq(), 0);
@@ -79,9 +77,7 @@ TEST_F(Hardware, GpioInputsAndEvents) {
   EXPECT_EQ(GetGpio_DI(256), 0);  // n modulo 256
   EXPECT_EQ(GetGpio_DI(40), 1);   // no such bit: reads as clear
   std::remove(gpio("get").c_str());
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(Get_gpio_state(), 0u);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Get_gpio_state() octeon_gpio_get fopen error\n");
+  EXPECT_EQ(stdout_of([] { EXPECT_EQ(Get_gpio_state(), 0u); }), "Get_gpio_state() octeon_gpio_get fopen error\n");
 }
 
 TEST_F(Hardware, OutputCommandsLedsAndWatchdog) {
@@ -109,9 +105,7 @@ TEST_F(Hardware, OutputCommandsLedsAndWatchdog) {
   int printed = led_setVPNTunnelLED(1);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "msg = " + cmd(clr, 131072) + "\n");
   EXPECT_EQ(printed, static_cast<int>(cmd(clr, 131072).size()) + 7);
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(WriteToI2c_LED(0x111), -1);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), " fopen error\n");
+  EXPECT_EQ(stdout_of([] { EXPECT_EQ(WriteToI2c_LED(0x111), -1); }), " fopen error\n");
 
   clear_trace();
   EXPECT_EQ(Kernel_reboot(), 0);

@@ -134,9 +134,7 @@ TEST(LogExport, MakersAndArchive) {
 
   // An export that cannot be created is reported and nothing is written.
   ASSERT_EQ(std::system(("rm -f " + ram + "/TARN_LOG.ini && mkdir " + ram + "/TARN_LOG.ini").c_str()), 0);
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(SytemLogMake(), -1);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), ram + "/TARN_LOG.ini fopen error\n");
+  EXPECT_EQ(syscommon::testing::stdout_of([] { EXPECT_EQ(SytemLogMake(), -1); }), ram + "/TARN_LOG.ini fopen error\n");
 }
 
 TEST(LogExport, TrimmingWithSed) {

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <array>
@@ -101,9 +100,7 @@ TEST_F(NetDatagramTest, SocketCreationFailuresGiveMinusOneWithTheirLines) {
     std::fflush(stdout);
     _exit(ok ? 0 : 1);
   }
-  int status = 0;
-  ASSERT_EQ(waitpid(pid, &status, 0), pid);
-  EXPECT_EQ(status, 0);
+  ASSERT_EQ(syscommon::testing::wait_for(pid, std::chrono::seconds(5)), 0);
   EXPECT_EQ(read_file(out),
             "socket fail\nnet_OpenSocketToInterface_Recv() 593 open socket error\n"
             "net_OpenSocketToInterface_RecvTO() 647 open socket error\nsocket fail\nsend_agent error\n");

@@ -82,13 +82,7 @@ inline std::vector<uint8_t> records(int n, std::size_t size, uint8_t base = 1) {
   return v;
 }
 
-// What `f` prints on standard output.
-template <class F>
-std::string stdout_of(F &&f) {
-  ::testing::internal::CaptureStdout();
-  f();
-  return ::testing::internal::GetCapturedStdout();
-}
+using syscommon::testing::stdout_of;
 
 class Peer {
  public:

@@ -17,13 +17,7 @@ using syscommon::testing::read_file;
 using syscommon::testing::sim_path;
 using syscommon::testing::write_file;
 
-class GatewayTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    SYSCOMMON_REQUIRE_ISOLATION();
-    syscommon::testing::publish_test_interfaces();
-  }
-};
+using GatewayTest = syscommon::testing::NetstatStoreTest;
 
 TEST_F(GatewayTest, PppPeerAddress) {
   const std::tuple<std::string, int, std::string> rows[] = {
@@ -125,9 +119,7 @@ TEST_F(GatewayTest, LldpNeighbours) {
     EXPECT_EQ(std::strlen(n[63].nsystem), 255u);
   }
   unlink(sim_path("/mnt/ramdisk/lldpinfo2").c_str());
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(Get_lldpinfo(n), 0);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Get_lldpinfo, lldp fopen error\n");
+  EXPECT_EQ(syscommon::testing::stdout_of([&] { EXPECT_EQ(Get_lldpinfo(n), 0); }), "Get_lldpinfo, lldp fopen error\n");
 }
 
 }  // namespace

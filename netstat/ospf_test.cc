@@ -16,14 +16,7 @@ namespace {
 using syscommon::testing::sim_path;
 using syscommon::testing::write_file;
 
-class OspfTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    SYSCOMMON_REQUIRE_ISOLATION();
-    syscommon::testing::publish_test_interfaces();
-  }
-  void TearDown() override { unlink(sim_path("/bin/wc").c_str()); }
-};
+using OspfTest = syscommon::testing::NetstatStoreTest;
 
 std::vector<std::string> neighbors() {
   OspfNeighbor *t = nullptr;

@@ -5,8 +5,10 @@
 
 #include <arpa/inet.h>
 
+#include <cstdio>
 #include <cstring>
 
+#include "support/test_support.h"
 #include "syscommon/shm.h"
 
 namespace syscommon::testing {
@@ -28,6 +30,17 @@ inline void publish_test_interfaces() {
   }
   set_shm_vconf_info_all("eth0", recs);
 }
+
+// A test run in the private namespaces on that picture; "bin/wc", which some cases install,
+// goes afterwards.
+class NetstatStoreTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    SYSCOMMON_REQUIRE_ISOLATION();
+    publish_test_interfaces();
+  }
+  void TearDown() override { std::remove(sim_path("/bin/wc").c_str()); }
+};
 
 }  // namespace syscommon::testing
 

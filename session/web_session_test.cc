@@ -13,17 +13,11 @@
 
 using syscommon::testing::g_msecs;
 using syscommon::testing::RawSegment;
+using syscommon::testing::stdout_of;
 
 namespace {
 
 constexpr std::size_t kListOff = 44, kCsrfOff = 748, kCountOff = 8;
-
-std::string output_of(const std::function<void()> &f) {
-  ::testing::internal::CaptureStdout();
-  f();
-  std::fflush(stdout);
-  return ::testing::internal::GetCapturedStdout();
-}
 
 WebSessionList table() {
   WebSessionList list{};
@@ -89,7 +83,7 @@ TEST_F(WebSessionTest, CapacityIsTestedOnTheFirstFreeIndexAndDuplicatesOnlyBefor
     fill(row.entries);
     const WebSessionList before = table();
     int rc = -1;
-    const std::string out = output_of([&] { rc = open_session(row.id); });
+    const std::string out = stdout_of([&] { rc = open_session(row.id); });
     EXPECT_EQ(rc, row.rc) << row.id << " max " << row.max;
     if (row.taken >= 0) {
       EXPECT_EQ(index_of(row.id, row.taken), row.taken) << row.id;
@@ -105,7 +99,7 @@ TEST_F(WebSessionTest, CapacityIsTestedOnTheFirstFreeIndexAndDuplicatesOnlyBefor
 
 TEST_F(WebSessionTest, OpeningPrintsItsLinesAndDerivesTheTokenFromIdAndClock) {
   g_msecs = 5000;
-  const std::string out = output_of([] { EXPECT_EQ(open_session(0xabc), 0); });
+  const std::string out = stdout_of([] { EXPECT_EQ(open_session(0xabc), 0); });
   EXPECT_EQ(out,
             "\r\nSsgl2_webmultisession_session_set_480:sessionIndex[0],sessionID[0xabc],Time[5000]\n"
             "\r\n[Cookie index = 0] csrf [sessionID = abc] [csrfToken = 31cc] [LogincsrfToken = 1578]\n"
@@ -141,7 +135,7 @@ TEST_F(WebSessionTest, VerifyAgesOnTheUnsignedMillisecondDifference) {
     g_msecs = row.now;
     uint32_t user = 0;
     int rc = -1;
-    const std::string out = output_of([&] { rc = Ssgl2_webmultisession_session_verify(7, &user); });
+    const std::string out = stdout_of([&] { rc = Ssgl2_webmultisession_session_verify(7, &user); });
     EXPECT_EQ(rc, row.rc) << row.opened << " -> " << row.now;
     if (row.rc == 0) {
       EXPECT_EQ(user, 107u);
@@ -169,7 +163,7 @@ TEST_F(WebSessionTest, LookupsRemovalAndForcedAgeing) {
   uint32_t user = 0;
   fill({{0, 1}, {1, 2}});
   shm_sysSet_usercount(0);  // a count of 0 hides filled entries from verify and remove
-  EXPECT_EQ(output_of([&] { EXPECT_EQ(Ssgl2_webmultisession_session_verify(1, &user), 15); }), "");
+  EXPECT_EQ(stdout_of([&] { EXPECT_EQ(Ssgl2_webmultisession_session_verify(1, &user), 15); }), "");
   EXPECT_EQ(Ssgl2_webmultisession_session_remove(1), 15);
   shm_sysSet_usercount(2);
 
@@ -182,11 +176,11 @@ TEST_F(WebSessionTest, LookupsRemovalAndForcedAgeing) {
   };
   for (const auto &[call, line] : misses) {
     int rc = 0;
-    EXPECT_EQ(output_of([&] { rc = call(); }), line);
+    EXPECT_EQ(stdout_of([&] { rc = call(); }), line);
     EXPECT_EQ(rc, 15) << line;
   }
   const std::string update_miss = "\r\nSsgl2_update_session_now_124:session(0x9) not found.\n";
-  EXPECT_EQ(output_of([&] { EXPECT_EQ(Ssgl2_update_session_now(9), int(update_miss.size())); }), update_miss);
+  EXPECT_EQ(stdout_of([&] { EXPECT_EQ(Ssgl2_update_session_now(9), int(update_miss.size())); }), update_miss);
 
   g_msecs += 100000;  // long idle: update refreshes without ageing
   EXPECT_EQ(Ssgl2_update_session_now(2), 0);
@@ -197,7 +191,7 @@ TEST_F(WebSessionTest, LookupsRemovalAndForcedAgeing) {
   EXPECT_EQ(Ssgl2_webmultisession_session_forceage(2), 14);
   EXPECT_EQ(index_of(2), -1);
   EXPECT_EQ(Ssgl2_webmultisession_check_auth_protocol(2), 0u);
-  EXPECT_EQ(output_of([] { EXPECT_EQ(Ssgl2_webmultisession_session_remove(1), 0); }),
+  EXPECT_EQ(stdout_of([] { EXPECT_EQ(Ssgl2_webmultisession_session_remove(1), 0); }),
             "\r\nSsgl2_webmultisession_session_remove_234:session(0x1) remove.\n");
   EXPECT_EQ(shm_sysGet_usercount(), 0u);
   RawSegment raw(7906);
@@ -222,14 +216,14 @@ TEST_F(WebSessionTest, ChangingTheMaximumDropsSessionsOrReopensTheCallers) {
   EXPECT_EQ(tokens().entry[0].csrf_token, 2u + 2 * g_msecs);
   EXPECT_EQ(shm_sysGet_usercount(), 1u);
 
-  const std::string out = output_of([] { EXPECT_EQ(Ssgl2_webmultisession_maxuser_set_bysession(5, 9), 0); });
+  const std::string out = stdout_of([] { EXPECT_EQ(Ssgl2_webmultisession_maxuser_set_bysession(5, 9), 0); });
   EXPECT_EQ(out.rfind("\r\nSsgl2_webmultisession_maxuser_set_bysession_387:session(0x9) not found.", 0), 0u);
   EXPECT_EQ(index_of(2), -1);
 
   fill({{0, 1}});
   std::string init;
   for (int i = 0; i < 10; ++i) init += "\r\nInit csrf token index = " + std::to_string(i);
-  EXPECT_EQ(output_of([] { EXPECT_EQ(Ssgl2_webmultisession_maxuser_set(3), 0); }), init);
+  EXPECT_EQ(stdout_of([] { EXPECT_EQ(Ssgl2_webmultisession_maxuser_set(3), 0); }), init);
   EXPECT_EQ(shm_sysGet_usercount(), 0u);
   EXPECT_EQ(index_of(1), -1);
 }

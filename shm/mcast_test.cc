@@ -18,12 +18,8 @@ ShmMcastEntry entry(uint16_t vid, uint8_t last, uint8_t tag = 0) {
   return e;
 }
 
-class McastTest : public ::testing::Test {
+class McastTest : public syscommon::testing::StoreTest {
  protected:
-  void SetUp() override {
-    SYSCOMMON_REQUIRE_ISOLATION();
-    shm_init();
-  }
   static int32_t count() { return static_cast<int32_t>(RawSegment(7895).u32(6144)); }
   // VLAN id and payload tag of entry i, read from the raw layout.
   static std::pair<int, int> raw_entry(std::size_t i) {

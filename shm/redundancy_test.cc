@@ -8,13 +8,7 @@ using syscommon::testing::RawSegment;
 
 namespace {
 
-class RedundancyTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    SYSCOMMON_REQUIRE_ISOLATION();
-    shm_init();
-  }
-};
+using RedundancyTest = syscommon::testing::StoreTest;
 
 TEST_F(RedundancyTest, ConfigLandsAtOffsetFourAndRingPortsAreFound) {
   ShmRl2Config cfg{};

@@ -43,13 +43,7 @@ const Seg kAll[] = {{1492, 7890, 7112}, {1493, 7891, 40},  {1506, 7893, 784}, {1
                     {1524, 7907, 464},  {1526, 7908, 160}, {1527, 7909, 4},   {1528, 7910, 24},
                     {1529, 7911, 4},    {1523, -1, 0},     {1525, -1, 0}};  // semaphores of their own
 
-class RegistryTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    SYSCOMMON_REQUIRE_ISOLATION();
-    shm_init();
-  }
-};
+using RegistryTest = syscommon::testing::StoreTest;
 
 TEST_F(RegistryTest, InitCreatesEverySegmentWithItsSizeAndFreeSemaphore) {
   for (const Seg &s : kAll) {

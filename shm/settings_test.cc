@@ -13,13 +13,7 @@ using namespace syscommon::testing;
 
 namespace {
 
-class SettingsTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    SYSCOMMON_REQUIRE_ISOLATION();
-    shm_init();
-  }
-};
+using SettingsTest = syscommon::testing::StoreTest;
 
 uint32_t member_ready_after_fast_boot() {
   uint32_t one = 1;

@@ -1,7 +1,6 @@
 // Two processes over the shared object: a forked daemon answers control requests with
 // net_Web_CTL_Recv_And_Send_Data while the parent asks with net_Web_CTL_Send_And_Recv_Data,
 // across the wrap of the sequence numbers.
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -51,7 +50,7 @@ TEST(NetCrossProcess, RequestsAcrossTheSequenceWrapGetTheirOwnReplies) {
   ASSERT_EQ(net_OpenSocketToInterface_Send(&send, "socket/xproc-daemon", 0), 1);
   // The daemon binds after the fork; wait for its socket file.
   const std::string daemon_path = syscommon::testing::sim_path("/mnt/ramdisk/socket/xproc-daemon");
-  for (int i = 0; i < 200 && access(daemon_path.c_str(), F_OK) != 0; ++i) usleep(10000);
+  ASSERT_TRUE(syscommon::testing::wait_for_path(daemon_path));
 
   net_seq_counter = 0;
   for (int n = 1; n <= 300; ++n) {
@@ -68,9 +67,7 @@ TEST(NetCrossProcess, RequestsAcrossTheSequenceWrapGetTheirOwnReplies) {
   }
   uint8_t last[4];
   EXPECT_EQ(net_Web_CTL_Send_And_Recv_Data(&send, &recv, 0, last, 0), 0);
-  int status = 0;
-  ASSERT_EQ(waitpid(pid, &status, 0), pid);
-  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  EXPECT_EQ(syscommon::testing::wait_for(pid, std::chrono::seconds(5)), 0);
   net_CloseSocketToInterface_Send(&send);
   net_CloseSocketToInterface_Recv(&recv);
 }

@@ -16,10 +16,9 @@ using syscommon::testing::ProgramRun;
 using syscommon::testing::sim_path;
 using syscommon::testing::write_file;
 
+using syscommon::testing::has;
 using syscommon::testing::tool;
-std::string ok(const std::vector<std::string> &args) { return syscommon::testing::tool_ok(args); }
-
-bool has(const std::string &out, const std::string &line) { return out.find(line) != std::string::npos; }
+constexpr auto &ok = syscommon::testing::tool_ok;
 
 class NetstatToolTest : public ::testing::Test {
  protected:
@@ -60,7 +59,7 @@ TEST_F(NetstatToolTest, DecodedViews) {
     execl(SYSCOMMON_SIM_MCASTD, SYSCOMMON_SIM_MCASTD, "pim", sim_path("/sim/pim").c_str(), "2", nullptr);
     _exit(127);
   }
-  for (int i = 0; i < 500 && access(sim_path("/mnt/ramdisk/UI2PIM").c_str(), F_OK) != 0; ++i) usleep(10000);
+  ASSERT_TRUE(syscommon::testing::wait_for_path(sim_path("/mnt/ramdisk/UI2PIM")));
   EXPECT_TRUE(has(ok({"pim", "rp"}), "239.1.0.0/16        192.168.30.1          10      150\n"));
   EXPECT_EQ(ok({"pim", "neighbors"}), "neighbor        interface    uptime expires dr-priority\n");  // count 0
   EXPECT_EQ(syscommon::testing::wait_for(daemon, std::chrono::seconds(5)), 0);

@@ -7,18 +7,15 @@
 #include <chrono>
 #include <regex>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "support/test_support.h"
+#include "support/tool_run.h"
 
 namespace {
 
+using syscommon::testing::has;
 using syscommon::testing::ProgramRun;
-
-ProgramRun tool(const std::vector<std::string> &args) { return syscommon::testing::run_program(SYSCOMMON_TOOL, args); }
-
-bool has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+using syscommon::testing::tool;
 
 class SessionToolTest : public ::testing::Test {
  protected:
@@ -90,8 +87,7 @@ TEST_F(SessionToolTest, LoginRecordsThroughTheStandInStartedByTheTool) {
     _exit(127);
   }
   const std::string ready = syscommon::testing::sim_path("/mnt/ramdisk/socket/lumen168-wexe-socket");
-  for (int i = 0; i < 100 && access(ready.c_str(), F_OK) != 0; ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  ASSERT_TRUE(syscommon::testing::wait_for_path(ready)) << "stand-in daemon did not start";
   EXPECT_EQ(tool({"loginrecord", "record", "bob", "fail", "10.0.0.7"}).status, 0);
   EXPECT_EQ(tool({"loginrecord", "record", "nobody", "ok", "tty1"}).status, 1);
   const std::string shown = tool({"loginrecord", "show", "bob"}).out;

@@ -17,7 +17,7 @@ using syscommon::testing::read_file;
 using syscommon::testing::sim_path;
 
 using syscommon::testing::tool;
-std::string ok(const std::vector<std::string> &args) { return syscommon::testing::tool_ok(args); }
+constexpr auto &ok = syscommon::testing::tool_ok;
 
 class ToolTest : public ::testing::Test {
  protected:

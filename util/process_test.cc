@@ -101,9 +101,8 @@ TEST_F(ProcessControl, TaskPriorityRoundRobin) {
   sched_param param{};
   ASSERT_EQ(sched_getparam(pid, &param), 0);
   EXPECT_EQ(sched_getscheduler(pid) * 100 + param.sched_priority, SCHED_RR * 100 + 10);
-  ::testing::internal::CaptureStdout();
-  EXPECT_EQ(Ssys_setTaskPriority(pid, 1000), -1);
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Ssys_setTaskPriority() rv = -1, error\n");
+  EXPECT_EQ(stdout_of([&] { EXPECT_EQ(Ssys_setTaskPriority(pid, 1000), -1); }),
+            "Ssys_setTaskPriority() rv = -1, error\n");
 }
 
 TEST_F(ProcessControl, KernelEntriesInTheSimulatedRoot) {
@@ -128,9 +127,7 @@ TEST_F(ProcessControl, KernelEntriesInTheSimulatedRoot) {
 
   const std::string phy = sim_path("/proc/tarn/switch_init");
   std::filesystem::remove(phy);
-  ::testing::internal::CaptureStdout();
-  EXPECT_EQ(check_phy_init(), 0);
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Error: Fail To Open /proc/tarn/switch_init\n");
+  EXPECT_EQ(stdout_of([] { EXPECT_EQ(check_phy_init(), 0); }), "Error: Fail To Open /proc/tarn/switch_init\n");
   write_file(phy, "000000000000007123\n");  // only the first 15 characters are read
   EXPECT_EQ(check_phy_init(), 7);
 }

@@ -13,18 +13,11 @@ namespace {
 
 using syscommon::testing::read_file;
 using syscommon::testing::sim_path;
+using syscommon::testing::stdout_of;
 using syscommon::testing::write_file;
 
 std::string dir() { return sim_path("/tmp/pki"); }
 std::string at(const std::string &name) { return dir() + "/" + name; }
-
-// What a test prints on standard output while `f` runs.
-template <class F>
-std::string stdout_of(F &&f) {
-  ::testing::internal::CaptureStdout();
-  f();
-  return ::testing::internal::GetCapturedStdout();
-}
 
 class CertificatesTest : public ::testing::Test {
  protected:

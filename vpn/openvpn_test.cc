@@ -14,14 +14,8 @@ namespace {
 
 using syscommon::testing::read_file;
 using syscommon::testing::sim_path;
+using syscommon::testing::stdout_of;
 using syscommon::testing::write_file;
-
-template <class F>
-std::string stdout_of(F &&f) {
-  ::testing::internal::CaptureStdout();
-  f();
-  return ::testing::internal::GetCapturedStdout();
-}
 
 class OpenvpnTest : public ::testing::Test {
  protected:

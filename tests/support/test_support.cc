@@ -45,6 +45,15 @@ int wait_for(pid_t pid, std::chrono::milliseconds limit) {
   return -1;
 }
 
+bool wait_for_path(const std::string &path, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  while (access(path.c_str(), F_OK) != 0) {
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    usleep(10000);
+  }
+  return true;
+}
+
 void expect_usage_errors(const std::string &path, const std::vector<std::vector<std::string>> &bad) {
   for (const auto &args : bad) {
     const ProgramRun r = run_program(path, args);

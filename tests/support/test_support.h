@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "syscommon/shm.h"
+
 namespace syscommon::testing {
 
 // True when the launcher gave this process private IPC/PID/net/mount namespaces.
@@ -39,6 +41,8 @@ void reset_flash();
 // Waits for child `pid` up to `limit`: its exit status, 128 when a signal ended it, or -1
 // when it did not finish in time (it is then killed and reaped).
 int wait_for(pid_t pid, std::chrono::milliseconds limit);
+// Waits up to `limit` for `path` to exist (a peer's socket file): true once it does.
+bool wait_for_path(const std::string &path, std::chrono::milliseconds limit = std::chrono::seconds(5));
 
 // What a program run to its end left: exit status (128 when a signal ended it, -1 when it
 // overran its deadline and was killed), standard output and standard error.
@@ -53,6 +57,14 @@ ProgramRun run_program(const std::string &path, const std::vector<std::string> &
 // Runs `path` with each argument list and expects what a bad argument gets: exit status 2,
 // nothing on standard output and one line on standard error.
 void expect_usage_errors(const std::string &path, const std::vector<std::vector<std::string>> &bad);
+
+// What `f` prints on standard output.
+template <class F>
+std::string stdout_of(F &&f) {
+  ::testing::internal::CaptureStdout();
+  f();
+  return ::testing::internal::GetCapturedStdout();
+}
 
 // Installs an executable shell script as $SYSCOMMON_ROOT/bin/NAME (first on PATH).
 void write_stub(const std::string &name, const std::string &script);
@@ -96,5 +108,18 @@ class RawSegment {
     if (!::syscommon::testing::isolated())                                                    \
       GTEST_SKIP() << "needs private namespaces: run through tests/launch.sh as root";        \
   } while (0)
+
+namespace syscommon::testing {
+
+// A test of a freshly initialised shared store, run only inside the private namespaces.
+class StoreTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    SYSCOMMON_REQUIRE_ISOLATION();
+    shm_init();
+  }
+};
+
+}  // namespace syscommon::testing
 
 #endif

@@ -19,6 +19,8 @@ inline std::string tool_ok(const std::vector<std::string> &args) {
   return r.out;
 }
 
+inline bool has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
 }  // namespace syscommon::testing
 
 #endif
