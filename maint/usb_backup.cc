@@ -127,7 +127,8 @@ SYSCOMMON_API int copy_log_file_to_usb(void) {
 SYSCOMMON_API struct tm *tarn_macro_localtime(const time_t *value) {
   // A change of TZ makes the C library read the zone rules again.
   setenv("TZ", "NULL", 1);
-  localtime(value);
+  // cppcheck-suppress ignoredReturnValue
+  localtime(value);  // only for the rules it reads again
   setenv("TZ", rooted("/etc/localtime").c_str(), 1);
   return localtime(value);
 }

@@ -220,7 +220,7 @@ NamedField find_field(const std::string &path, const std::string &wanted) {
   int line_no = 0;
   for (std::string line; std::getline(in, line);) {
     ++line_no;
-    line = line.substr(0, line.find('#'));
+    if (const auto hash = line.find('#'); hash != std::string::npos) line.resize(hash);
     char name[64];
     unsigned type = 0, size = 0, offset = 0, position = 0, storage = 32;
     const int n = std::sscanf(line.c_str(), "%63s %u %u %u %u %u", name, &type, &size, &offset, &position, &storage);
